@@ -1,0 +1,84 @@
+#include "base/PosixFile.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace vor {
+namespace {
+
+constexpr std::size_t kFirstPiece = 4096;
+constexpr std::size_t kLargestPiece = 1 << 20;
+
+// How much to ask for at first: one byte more than what a regular file says is left, so that one
+// read takes it all and the next finds the end.
+std::size_t FirstPiece(int fd) {
+  struct stat info;
+  if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= 0) return kFirstPiece;
+  const off_t position = lseek(fd, 0, SEEK_CUR);
+  if (position < 0 || position >= info.st_size) return kFirstPiece;
+  return static_cast<std::size_t>(info.st_size - position) + 1;
+}
+
+}  // namespace
+
+int FileDescriptor::Release() {
+  const int fd = _fd;
+  _fd = -1;
+  return fd;
+}
+
+void FileDescriptor::Reset(int fd) {
+  if (_fd >= 0) {
+    const int keptErrno = errno;
+    close(_fd);  // never repeated: Linux frees the descriptor even when a signal interrupts
+    errno = keptErrno;
+  }
+  _fd = fd;
+}
+
+FileDescriptor OpenFile(const char* path, int flags, mode_t mode) {
+  int fd;
+  do {
+    fd = open(path, flags | O_CLOEXEC, mode);
+  } while (fd < 0 && errno == EINTR);
+  return FileDescriptor(fd);
+}
+
+ssize_t ReadSome(int fd, void* buffer, std::size_t size) {
+  ssize_t count;
+  do {
+    count = read(fd, buffer, size);
+  } while (count < 0 && errno == EINTR);
+  return count;
+}
+
+bool WriteAll(int fd, const void* data, std::size_t size) {
+  const char* next = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t count = write(fd, next, size);
+    if (count < 0 && errno != EINTR) return false;
+    if (count > 0) {
+      next += count;
+      size -= static_cast<std::size_t>(count);
+    }
+  }
+  return true;
+}
+
+bool ReadToEnd(int fd, std::string& out) {
+  std::size_t piece = FirstPiece(fd);
+  for (;;) {
+    const std::size_t old = out.size();
+    out.resize(old + piece);
+    const ssize_t count = ReadSome(fd, out.data() + old, piece);
+    out.resize(old + (count > 0 ? static_cast<std::size_t>(count) : 0));
+    if (count <= 0) return count == 0;
+    piece = std::clamp(out.size(), kFirstPiece, kLargestPiece);
+  }
+}
+
+}  // namespace vor

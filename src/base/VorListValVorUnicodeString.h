@@ -1,0 +1,37 @@
+#ifndef VOR_BASE_VORLISTVALVORUNICODESTRING_H
+#define VOR_BASE_VORLISTVALVORUNICODESTRING_H
+
+#include <vector>
+
+#include "base/Export.h"
+#include "base/VorCollec.h"
+#include "base/VorUnicodeString.h"
+
+/// A list of Unicode strings.
+///
+/// Positions are 1-based: 1 to Size().  A reference to an element is valid until the list changes.
+///
+/// Ownership: keeps copies.
+/// Errors:    a position outside the list is a bug of the caller: a message on standard error,
+///            then abort.
+/// Threads:   distinct lists are independent; one list must not be changed by one thread while
+///            another uses it.
+class VOR_API VorListValVorUnicodeString : public VorCollecRoot {
+ public:
+  VorListValVorUnicodeString() = default;
+
+  void Append(const VorUnicodeString& value) { _values.push_back(value); }
+
+  /// Empties the list; \a handling says what becomes of its storage.
+  void RemoveAll(VorCollec::MemoryHandling handling);
+
+  int Size() const;
+
+  VorUnicodeString& operator[](int position);
+  const VorUnicodeString& operator[](int position) const;
+
+ private:
+  std::vector<VorUnicodeString> _values;
+};
+
+#endif  // VOR_BASE_VORLISTVALVORUNICODESTRING_H

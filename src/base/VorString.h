@@ -1,0 +1,103 @@
+#ifndef VOR_BASE_VORSTRING_H
+#define VOR_BASE_VORSTRING_H
+
+#include <compare>
+#include <concepts>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/Export.h"
+
+/// An 8-bit character string with value semantics, the text type of every call of the library.
+///
+/// Positions are 0-based; a position that is not found is negative.  Lengths are counted in bytes
+/// and given as int; a text longer than an int can tell reports the largest int.  A null
+/// const char* counts as the empty text wherever a text is expected.
+///
+/// A text may hold NUL bytes: copies, == and FindPosition see them, while the conversion to
+/// const char* and the order of < and > stop at the first one, as strcmp does.
+///
+/// Ownership: keeps a copy of what it is given.  The characters handed out by the conversion to
+///            const char*, CastToCharPtr and View stay valid while the string lives unchanged.
+/// Errors:    none; positions and counts outside the text are clipped to it.
+/// Threads:   distinct strings are independent; one string must not be changed by one thread
+///            while another uses it.
+class VOR_API VorString {
+ public:
+  VorString() = default;
+  VorString(const char* text) : _text(text == nullptr ? "" : text) {}
+  VorString(std::string text) noexcept : _text(std::move(text)) {}
+  explicit VorString(std::string_view text) : _text(text) {}
+
+  VorString& operator=(const char* text);
+
+  VorString& operator+=(const char* text);
+  VorString& operator+=(const VorString& text);
+
+  /// The NUL-terminated characters; never null.
+  operator const char*() const { return _text.c_str(); }
+  const char* CastToCharPtr() const { return _text.c_str(); }
+
+  /// All bytes, NUL bytes included.
+  std::string_view View() const { return _text; }
+
+  /// The byte at a 0-based position; '\0' outside the text.
+  template <std::integral Index>
+  char operator[](Index position) const {
+    return std::in_range<std::size_t>(position) && static_cast<std::size_t>(position) < _text.size()
+               ? _text[static_cast<std::size_t>(position)]
+               : '\0';
+  }
+
+  /// The number of bytes; the three names are one operation.
+  int GetLengthInChar() const;
+  int Length() const { return GetLengthInChar(); }
+  int length() const { return GetLengthInChar(); }
+
+  /// The 0-based position of the first occurrence of \a text at or after \a start; -1 if there is
+  /// none.  An empty text is found at every position up to the length.
+  int FindPosition(const VorString& text, int start = 0) const;
+
+  /// The \a count bytes from 0-based \a start, fewer where the text ends before.
+  VorString SubString(unsigned start, unsigned count) const;
+
+  /// Removes \a count bytes from 0-based \a start.
+  void Remove(int start, int count);
+
+  /// Replaces the first occurrence of \a oldText, if there is one, by \a newText.  Callers that
+  /// want every occurrence replaced repeat it while FindPosition still finds \a oldText.
+  void ReplaceSubString(const VorString& oldText, const VorString& newText);
+
+  /// Upper-cases the letters a to z in place; other bytes stay, whatever the locale.
+  void ToUpper();
+
+ private:
+  std::string _text;
+};
+
+// The conversion to const char* makes every built-in pointer operator a candidate, so each
+// combination of operands is spelt out: no call is ambiguous and none compares addresses.
+
+VOR_API VorString operator+(const VorString& left, const VorString& right);
+VOR_API VorString operator+(const VorString& left, const char* right);
+VOR_API VorString operator+(const char* left, const VorString& right);
+template <std::integral Offset>
+void operator+(const VorString& text, Offset offset) = delete;  // would be pointer arithmetic
+
+inline bool operator==(const VorString& left, const VorString& right) {
+  return left.View() == right.View();
+}
+inline bool operator==(const VorString& left, const char* right) {
+  return left.View() == std::string_view(right == nullptr ? "" : right);
+}
+
+/// Order by unsigned bytes up to the first NUL, as strcmp.
+VOR_API std::weak_ordering operator<=>(const VorString& left, const VorString& right);
+VOR_API std::weak_ordering operator<=>(const VorString& left, const char* right);
+
+/// Writes all bytes of \a text.
+VOR_API std::ostream& operator<<(std::ostream& stream, const VorString& text);
+
+#endif  // VOR_BASE_VORSTRING_H
