@@ -8,6 +8,7 @@
 
 #include "base/VorListValVorString.h"
 #include "containers/TAIndex.h"
+#include "filenames/TAFileName.h"
 #include "foundation/FieldScan.h"
 
 namespace {
@@ -254,4 +255,8 @@ VorString substituteEntities(const VorString& text) {
 
 int CompareTAStrings(VorString* left, VorString* right) {
   return strcmp(*left, *right);
+}
+
+int CompareTAStrings(TAFileName* left, TAFileName* right) {
+  return TAFileName::Compare(left, right);
 }

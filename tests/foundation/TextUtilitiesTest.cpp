@@ -8,6 +8,7 @@
 
 #include "base/VorListValVorString.h"
 #include "containers/TAIndex.h"
+#include "filenames/TAFileName.h"
 
 using testing::ElementsAre;
 
@@ -220,4 +221,12 @@ TEST(CompareTAStrings, SortsByUnsignedBytes) {
   VorListValVorString list = ListOf({"b", "\xe9", "B", "a", ""});
   list.QuickSort(CompareTAStrings);
   EXPECT_THAT(Texts(list), ElementsAre("", "B", "a", "b", "\xe9"));
+}
+
+TEST(CompareTAStrings, OrdersFileNames) {
+  TAFileName null, low("/a"), high("/b/../b");
+  EXPECT_LT(CompareTAStrings(&null, &low), 0);
+  EXPECT_GT(CompareTAStrings(&high, &low), 0);
+  TAFileName same("/b");
+  EXPECT_EQ(CompareTAStrings(&high, &same), 0);
 }
