@@ -1,0 +1,110 @@
+#include "foundation/Tracing.h"
+
+#include <gmock/gmock.h>
+#include <stdlib.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <climits>
+#include <string>
+
+namespace {
+
+time_t frozenTime = -1;  // -1 for the real time
+
+}  // namespace
+
+// Takes the place of the C library's clock in this process, the library under test included.
+extern "C" time_t time(time_t* out) {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const time_t result = frozenTime == -1 ? now.tv_sec : frozenTime;
+  if (out != nullptr) *out = result;
+  return result;
+}
+
+namespace {
+
+class Tracing : public testing::Test {
+ protected:
+  Tracing() {
+    setenv("TZ", "XYZ-5", 1);  // five hours ahead of Greenwich
+    tzset();
+    frozenTime = 1767305045;  // 2 January 2026, 03:04:05 there
+  }
+  ~Tracing() override {
+    frozenTime = -1;
+    unsetenv("TZ");
+    tzset();
+  }
+};
+
+template <typename Action>
+std::string StdoutOf(Action action) {
+  testing::internal::CaptureStdout();
+  action();
+  return testing::internal::GetCapturedStdout();
+}
+
+}  // namespace
+
+TEST_F(Tracing, FormatsLocalTime) {
+  EXPECT_EQ(GetDate(), "Fri Jan  2 03:04:05 2026");
+  EXPECT_EQ(GetSortDate(), "2026-01-02-03-04-05");
+  EXPECT_EQ(GetDay(), "02/01/2026");
+  EXPECT_EQ(GetShortDate(), "01-02.03:04");
+}
+
+TEST_F(Tracing, WritesProgressOnStandardOutput) {
+  EXPECT_EQ(StdoutOf([] { Trace("100%s done", 0); }), "   100%s done\n");
+  EXPECT_EQ(StdoutOf([] { Trace(VorString("start"), 1); }), "\n\n## 01-02.03:04 - start\n\n");
+  EXPECT_EQ(StdoutOf([] { TraceErr("disk full"); }), "   ERROR :disk full\n");
+}
+
+TEST_F(Tracing, WritesMessagesOnStandardError) {
+  testing::internal::CaptureStderr();
+  TraceStdErr("one");
+  TraceStdErr(VorString("two"));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "one\ntwo\n");
+}
+
+TEST_F(Tracing, FormatsIntegers) {
+  EXPECT_EQ(toString(-7), "-7");
+  EXPECT_EQ(toString(0), "0");
+  EXPECT_EQ(toString(INT_MIN), "-2147483648");
+}
+
+TEST_F(Tracing, HostNameIsTheNodeName) {
+  char name[256] = {};
+  ASSERT_EQ(gethostname(name, sizeof name - 1), 0);
+  EXPECT_EQ(GetHostName(), name);
+}
+
+TEST_F(Tracing, FatalWithoutConditionDoesNothing) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(StdoutOf([] { FATAL(0, "unseen"); }), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(Tracing, FatalEndsTheProcessWithABanner) {
+  EXPECT_EXIT(
+      {
+        close(STDOUT_FILENO);
+        FATAL(-1, "it broke");
+      },
+      testing::KilledBySignal(SIGABRT),
+      testing::ContainsRegex("FATAL INTERNAL ERROR ------------------------\n"
+                             "it broke\n"
+                             "STACK ---------------------------------------\n$"));
+}
+
+TEST_F(Tracing, FatalPrintsTheStackOnStandardOutput) {
+  // The child sends standard output where the death test looks, and standard error elsewhere.
+  EXPECT_EXIT(
+      {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        close(STDERR_FILENO);
+        FATAL(1, "it broke");
+      },
+      testing::KilledBySignal(SIGABRT), testing::ContainsRegex("^#0 (.*\n)*.*FATAL(.*\n)*#[2-9] "));
+}
