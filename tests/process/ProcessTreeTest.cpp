@@ -1,0 +1,141 @@
+#include "process/ProcessTree.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "base/VorListValVorString.h"
+#include "process/ProcessTable.h"
+#include "support/TempDir.h"
+
+namespace vor {
+
+bool operator==(const ProcessRow& left, const ProcessRow& right) {
+  return left.pid == right.pid && left.parent == right.parent;
+}
+
+}  // namespace vor
+
+namespace {
+
+using vor::ProcessTable;
+
+// The search as it is promised: from the last row to the first, anew after each find.
+std::vector<int> FindTreeNaively(int root, ProcessTable table) {
+  std::vector<int> tree{root};
+  for (std::size_t row = table.size(); row-- > 0;) {
+    if (std::find(tree.begin(), tree.end(), table[row].parent) == tree.end()) continue;
+    tree.push_back(table[row].pid);
+    table.erase(table.begin() + static_cast<std::ptrdiff_t>(row));
+    row = table.size();
+  }
+  return tree;
+}
+
+std::vector<int> ListInOnePassNaively(std::vector<int> pids, const ProcessTable& table) {
+  const auto has = [&](int pid) { return std::find(pids.begin(), pids.end(), pid) != pids.end(); };
+  for (const vor::ProcessRow& row : table) {
+    if (has(row.parent) && !has(row.pid)) pids.push_back(row.pid);
+  }
+  return pids;
+}
+
+std::vector<int> ListInOnePass(int root, const ProcessTable& table) {
+  VorListValVorString pids;
+  pids.Append(std::to_string(root));
+  vor::AppendChildrenInOnePass(table, pids);
+  std::vector<int> result;
+  for (int position = 1; position <= pids.Size(); ++position) {
+    result.push_back(atoi(pids[position]));
+  }
+  return result;
+}
+
+bool Has(const ProcessTable& table, int pid, int parent) {
+  return std::find(table.begin(), table.end(), vor::ProcessRow{pid, parent}) != table.end();
+}
+
+}  // namespace
+
+// Small identifiers make repeated rows, circles and parents behind their children likely.
+TEST(ProcessTree, FindsTheSameAsRepeatedScans) {
+  std::mt19937 random(20260101);
+  for (int round = 0; round < 3000; ++round) {
+    ProcessTable table(random() % 40);
+    const int range = 1 + static_cast<int>(random() % 60);
+    const auto any = [&] { return 1 + static_cast<int>(random() % unsigned(range)); };
+    for (vor::ProcessRow& row : table) row = {any(), any()};
+    const int root = any();
+    ASSERT_EQ(vor::FindTree(root, table), FindTreeNaively(root, table)) << "round " << round;
+    ASSERT_EQ(ListInOnePass(root, table), ListInOnePassNaively({root}, table)) << round;
+  }
+}
+
+TEST(ProcessTree, ListsFromTheEntriesItIsGiven) {
+  const ProcessTable table = {{10, 7}, {11, 10}, {12, 99}, {13, 12}, {14, 13}};
+  VorListValVorString pids;
+  for (const char* entry : {"007", "10 ", "+99", "", "13"}) pids.Append(entry);
+  vor::AppendChildrenInOnePass(table, pids);
+  ASSERT_EQ(pids.Size(), 6);
+  EXPECT_STREQ(pids[6], "14");
+}
+
+TEST(ProcessTree, MissesADescendantListedBeforeItsParent) {
+  const ProcessTable table = {{5, 9}, {9, 3}};
+  EXPECT_EQ(ListInOnePass(3, table), (std::vector<int>{3, 9}));
+  EXPECT_EQ(vor::FindTree(3, table), (std::vector<int>{3, 9, 5}));
+}
+
+TEST(ProcessTree, KillsTheLastFoundFirst) {
+  EXPECT_EQ(vor::KillCommands({100, 101, 102}, 1000),
+            std::vector<std::string>{"kill -9 102 101 100"});
+  setenv("whence_ro", "under", 1);
+  setenv("KVR_UXT_NULL", "/dev/null", 1);
+  EXPECT_EQ(vor::KillCommands({100, 101, 102}, 45),
+            (std::vector<std::string>{"under kill -9 102 101 > $KVR_UXT_NULL 2>&1",
+                                      "under kill -9 100 > $KVR_UXT_NULL 2>&1"}));
+  EXPECT_EQ(vor::KillCommands({100, 101}, 1).size(), 2u);  // no room at all: one each
+  unsetenv("whence_ro");
+  unsetenv("KVR_UXT_NULL");
+}
+
+TEST(ProcessTable, ReadsTheProcessFileSystem) {
+  TempDir dir;
+  dir.Write("12/stat", "12 (a b) S (c)) R 7 12 12 0 -1");
+  dir.Write("9/stat", "9 () S 1 9");
+  dir.Write("10/stat", "");
+  dir.Write("11/stat", "11 (cut off");
+  dir.Write("13/status", "no stat");
+  dir.Write("x14/stat", "14 (x) S 1 2");
+  ProcessTable table;
+  ASSERT_TRUE(vor::ReadProcFolder(dir.Path().c_str(), table));
+  EXPECT_EQ(table, (ProcessTable{{9, 1}, {12, 7}}));
+  EXPECT_FALSE(vor::ReadProcFolder((dir / "12").c_str(), table));
+  EXPECT_FALSE(vor::ReadProcFolder((dir / "none").c_str(), table));
+}
+
+TEST(ProcessTable, ReadsTheOutputOfACommand) {
+  TempDir dir;
+  const std::string file =
+      dir.Write("ps", "UID PID PPID C CMD\n\nroot 2\nroot 3 1 0 x " + std::string(5000, 'y') +
+                          " root 4 1\nroot\t5\xc3\xa9 3 0 y\nroot 6x 1\n");
+  ProcessTable table;
+  ASSERT_TRUE(vor::ReadProcessListing(("cat " + file).c_str(), table));
+  EXPECT_EQ(table, (ProcessTable{{3, 1}, {5, 3}}));
+}
+
+TEST(ProcessTable, BothSourcesTellTheSame) {
+  ProcessTable folder;
+  ProcessTable listing;
+  ASSERT_TRUE(vor::ReadProcFolder("/proc", folder));
+  ASSERT_TRUE(vor::ReadProcessListing("ps -ef", listing));
+  for (const ProcessTable& table : {folder, listing}) {
+    EXPECT_TRUE(Has(table, getpid(), getppid()));
+    EXPECT_TRUE(std::is_sorted(table.begin(), table.end(),
+                               [](auto left, auto right) { return left.pid < right.pid; }));
+  }
+}
