@@ -1,0 +1,179 @@
+#include "process/TAProcessList.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <string>
+
+#include "process/InProcess.h"
+#include "support/TempDir.h"
+
+namespace {
+
+void RunAll(TAProcessList& list) {
+  while (list.NDone() < list.Size()) {
+    list.Check();
+    list.WaitForChange(-1);
+  }
+}
+
+}  // namespace
+
+TEST(TAProcessList, StartsTheLastCommandFirst) {
+  TempDir dir;
+  mkfifo((dir / "gate").c_str(), 0600);
+  TAProcessList list(2);
+  EXPECT_EQ(list.Start(VorString("sh -c \"read x < " + (dir / "gate") + "\""), 0), 1);
+  EXPECT_EQ(list.Start("sh -c \"exit 4\"", 0), 2);
+  EXPECT_EQ(list.Start("sh -c \"exit 5\"", 0), 3);
+  EXPECT_EQ(list.NWaiting(), 3);
+  EXPECT_EQ(list.Check(), 1);
+  EXPECT_EQ(list.GetStatus(1), 0);
+  EXPECT_EQ(list.GetStatus(2), 1);
+  EXPECT_EQ(list.GetStatus(3), 1);
+  while (list.NDone() < 2) {
+    EXPECT_EQ(list.WaitForChange(-1), 1);
+    EXPECT_EQ(list.Check(), 1);
+  }
+  EXPECT_EQ(list.GetStatus(1), 1);
+  EXPECT_EQ(list.NRunning(), 1);
+  EXPECT_EQ(list.GetReturnCode(2), 4);
+  EXPECT_EQ(list.GetReturnCode(3), 5);
+  EXPECT_EQ(list.Check(), 0);
+  EXPECT_EQ(list.WaitForChange(20), 0);
+  dir.Write("gate", "\n");
+  RunAll(list);
+}
+
+TEST(TAProcessList, RunsFiveHundredCommands) {
+  TempDir dir;
+  TAProcessList list;
+  for (int number = 1; number <= 500; ++number) {
+    const std::string code = std::to_string(number % 200);
+    list.Start(VorString("sh -c \"echo $$; exit " + code + "\""), 60, VorString(dir / code));
+  }
+  while (list.NDone() < list.Size()) {
+    list.Check();
+    EXPECT_LE(list.NRunning(), 10);
+    list.WaitForChange(-1);
+  }
+  for (int number = 1; number <= 500; ++number) {
+    EXPECT_EQ(list.GetReturnCode(number), number % 200);
+    EXPECT_EQ(list.GetStatus(number), 2);
+  }
+  EXPECT_NE(dir.Read("199"), "");
+  EXPECT_EQ(list.Check(), 0);
+}
+
+TEST(TAProcessList, WithNothingToDoReturnsAtOnce) {
+  TAProcessList list;
+  EXPECT_EQ(list.Check(), 0);
+  EXPECT_EQ(list.WaitForChange(-1), 0);
+  list.Start("true", 0);
+  EXPECT_EQ(list.WaitForChange(-1), 1);  // it may start
+  TAProcessList none(0);
+  none.Start("true", 0);
+  EXPECT_EQ(none.Check(), 0);
+  EXPECT_EQ(none.WaitForChange(-1), 0);
+  EXPECT_EQ(none.NWaiting(), 1);
+}
+
+TEST(TAProcessList, KillsATreeWhoseTimeIsOver) {
+  ASSERT_EQ(InProcess([] {
+              TAProcessList list;
+              list.Start("sh -c \"sleep 100; true\"", 1);
+              const time_t start = time(nullptr);
+              RunAll(list);
+              if (time(nullptr) < start + 2) return 1;  // strictly later than the limit
+              if (list.GetReturnCode(1) != 99 || list.GetStatus(1) != 2) return 2;
+              siginfo_t info;
+              if (waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) != 0) return 3;
+              if (list.Check() != 0 || list.GetReturnCode(1) != 99) return 4;
+              return waitpid(-1, nullptr, WNOHANG) == -1 ? 0 : 5;  // it has been collected
+            }),
+            0);
+}
+
+TEST(TAProcessList, EndsWhatIsCollectedElsewhere) {
+  TAProcessList list;
+  list.Start("sh -c \"exit 3\"", 0);
+  list.Check();
+  waitpid(-1, nullptr, 0);
+  EXPECT_EQ(list.WaitForChange(-1), 1);
+  EXPECT_EQ(list.Check(), 1);
+  EXPECT_EQ(list.GetStatus(1), 2);
+  EXPECT_EQ(list.GetReturnCode(1), 0);
+}
+
+TEST(TAProcessList, CountsACommandThatCannotBeSplitOffAsEnded) {
+  EXPECT_EQ(InProcess([] {
+              const rlimit none = {0, 0};
+              setrlimit(RLIMIT_NPROC, &none);
+              if (getuid() == 0 && setuid(65534) != 0) return 1;
+              TAProcessList list;
+              list.Start("true", 0);
+              if (list.Check() != 1 || list.NRunning() != 1) return 2;
+              if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 3;
+              return list.GetStatus(1) == 2 && list.GetReturnCode(1) == 0 ? 0 : 4;
+            }),
+            0);
+}
+
+TEST(TAProcessList, WaitsThroughSignals) {
+  EXPECT_EQ(InProcess([] {
+              signal(SIGALRM, [](int) {});
+              const itimerval often = {{0, 2000}, {0, 2000}};
+              setitimer(ITIMER_REAL, &often, nullptr);
+              TAProcessList list;
+              list.Start("sleep 0.1", 0);
+              list.Check();
+              if (list.WaitForChange(20) != 0) return 1;
+              if (list.WaitForChange(-1) != 1) return 2;
+              list.Check();
+              return list.NDone() == 1 ? 0 : 3;
+            }),
+            0);
+}
+
+TEST(TAProcessList, WaitsWhateverDescriptorsAreLeft) {
+  EXPECT_EQ(InProcess([] {
+              const rlimit many = {4096, 4096};
+              setrlimit(RLIMIT_NOFILE, &many);
+              const int high = fcntl(0, F_DUPFD_CLOEXEC, 1100);
+              for (int fd = 3; fd < high; ++fd) dup2(0, fd), fcntl(fd, F_SETFD, FD_CLOEXEC);
+              TAProcessList list;
+              list.Start("sleep 0.05", 0);
+              list.Check();
+              if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 1;
+              list.Start("sleep 0.05", 0);
+              list.Check();
+              const rlimit few = {3, 3};
+              setrlimit(RLIMIT_NOFILE, &few);
+              if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 2;
+              return list.NDone() == 2 ? 0 : 3;
+            }),
+            0);
+}
+
+TEST(TAProcessList, HidesItsDescriptorsFromChildren) {
+  TempDir dir;
+  TAProcessList list;
+  list.Start("sleep 0.2", 0);
+  list.Check();
+  list.WaitForChange(0);
+  list.Start("ls -l /proc/self/fd", 0, VorString(dir / "open"));
+  RunAll(list);
+  const std::string open = dir.Read("open");
+  EXPECT_NE(open.find("1 -> "), std::string::npos);
+  EXPECT_EQ(open.find("pidfd"), std::string::npos) << open;
+}
+
+TEST(TAProcessListDeathTest, RefusesPositionsOutsideTheList) {
+  TAProcessList list;
+  list.Start("true", 0);
+  EXPECT_DEATH(list.GetStatus(2), "position 2");
+}
