@@ -19,6 +19,9 @@ configure_package_config_file(cmake/VorToolsInfrastructureConfig.cmake.in
 write_basic_package_version_file(
   ${PROJECT_BINARY_DIR}/VorToolsInfrastructureConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
+# The .pc file finds the prefix from where it stands, so that an installed tree can be moved.
+file(RELATIVE_PATH vor_pc_to_prefix
+  /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/VorToolsInfrastructure.pc.in
   ${PROJECT_BINARY_DIR}/VorToolsInfrastructure.pc @ONLY)
 install(FILES
