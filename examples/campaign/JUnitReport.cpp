@@ -1,0 +1,117 @@
+#include "JUnitReport.h"
+
+#include <stdio.h>
+#include <time.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "VorToolsInfrastructure.h"
+
+namespace campaign {
+namespace {
+
+constexpr std::streamoff kLogTail = 8192;  // bytes of a log file that are kept
+
+bool IsXmlCharacter(char32_t c) {
+  return c == '\t' || c == '\n' || c == '\r' || (c >= 0x20 && c < 0xD800) ||
+         (c >= 0xE000 && c != 0xFFFE && c != 0xFFFF);
+}
+
+// Not substituteEntities, which also turns the word "toreplace" into an entity; and characters
+// that XML does not allow have to go.
+std::string Escaped(const std::string& text) {
+  const VorUnicodeString characters(text.c_str());
+  std::string escaped;
+  for (int i = 0; i < characters.GetLengthInChar(); ++i) {
+    const VorUnicodeChar c = characters[i];
+    switch (c.GetCodePoint()) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default:
+        escaped += IsXmlCharacter(c.GetCodePoint()) ? VorUnicodeString(c, 1).CastToCharPtr() : "?";
+    }
+  }
+  return escaped;
+}
+
+std::string Attribute(const char* name, const std::string& value) {
+  return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
+}
+
+std::string Seconds(double seconds) {
+  char text[32];
+  snprintf(text, sizeof text, "%.3f", seconds);
+  return text;
+}
+
+std::string Timestamp() {
+  const time_t now = time(nullptr);
+  struct tm local = {};
+  localtime_r(&now, &local);
+  char text[32];
+  strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+  return text;
+}
+
+std::string LogTail(const std::string& path) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (path.empty() || !file) return "";
+  const std::streamoff size = file.tellg();
+  std::string tail(static_cast<std::size_t>(std::min(size, kLogTail)), '\0');
+  file.seekg(size - static_cast<std::streamoff>(tail.size()));
+  file.read(tail.data(), static_cast<std::streamsize>(tail.size()));
+  std::replace(tail.begin(), tail.end(), '\0', ' ');
+  return tail;
+}
+
+// A name of the form a/b belongs to the class a.
+std::string ClassName(const std::string& name) {
+  const std::size_t slash = name.rfind('/');
+  return slash == std::string::npos ? "campaign" : name.substr(0, slash);
+}
+
+std::string TestCase(const TestResult& result) {
+  std::string text = "    <testcase" + Attribute("name", result.name) +
+                     Attribute("classname", ClassName(result.name)) +
+                     Attribute("time", Seconds(result.seconds));
+  if (result.outcome == Outcome::kPassed) return text + "/>\n";
+  text += ">\n";
+  if (result.outcome == Outcome::kNotRun) {
+    text += "      <skipped" + Attribute("message", Describe(result)) + "/>\n";
+  } else {
+    text += "      <failure" + Attribute("message", Describe(result)) + ">" +
+            Escaped(LogTail(result.logFile)) + "</failure>\n";
+  }
+  return text + "    </testcase>\n";
+}
+
+}  // namespace
+
+std::string MakeJUnitReport(const std::vector<TestResult>& results, double seconds) {
+  const int total = static_cast<int>(results.size());
+  const int skipped = Count(results, Outcome::kNotRun);
+  const int failures = total - skipped - Count(results, Outcome::kPassed);
+  const std::string counts =
+      Attribute("tests", std::to_string(total)) + Attribute("failures", std::to_string(failures)) +
+      Attribute("errors", "0") + Attribute("skipped", std::to_string(skipped)) +
+      Attribute("time", Seconds(seconds));
+  std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + counts +
+                     ">\n  <testsuite name=\"campaign\"" + counts +
+                     Attribute("timestamp", Timestamp()) +
+                     Attribute("hostname", GetHostName().CastToCharPtr()) + ">\n";
+  for (const TestResult& result : results) text += TestCase(result);
+  return text + "  </testsuite>\n</testsuites>\n";
+}
+
+}  // namespace campaign

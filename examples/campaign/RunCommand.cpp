@@ -1,0 +1,76 @@
+#include "RunCommand.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <chrono>
+#include <fstream>
+
+#include "Campaign.h"
+#include "Interrupt.h"
+#include "JUnitReport.h"
+#include "Progress.h"
+#include "Report.h"
+#include "RunOptions.h"
+
+namespace campaign {
+namespace {
+
+int Refuse(const std::string& problem) {
+  fprintf(stderr, "campaign: %s\n", problem.c_str());
+  return kBadInput;
+}
+
+// Opened before anything runs: a report that cannot be written should not cost a campaign.
+std::string OpenJUnitFile(const std::string& path, std::ofstream* file) {
+  if (path.empty()) return "";
+  file->open(path);
+  return *file ? "" : "cannot write " + path + ": " + strerror(errno);
+}
+
+}  // namespace
+
+int RunCommand(int argc, char** argv) {
+  RunOptions options;
+  std::string problem = ParseRunOptions(argc, argv, &options);
+  if (!problem.empty()) return Refuse(problem + " (see campaign run --help)");
+  if (options.wantsHelp) {
+    fputs(RunHelp().c_str(), stdout);
+    return 0;
+  }
+
+  std::vector<Test> all;
+  problem = LoadTestList(options.testList, &all);
+  if (!problem.empty()) return Refuse(problem);
+  const std::vector<Test> tests = SelectTests(all, options.expression);
+  if (tests.empty()) {
+    return Refuse("'" + options.expression + "' selects no test of " + options.testList);
+  }
+  std::ofstream junitFile;
+  problem = OpenJUnitFile(options.junitFile, &junitFile);
+  std::vector<std::string> logFiles;
+  if (problem.empty() && !options.resultsFolder.empty()) {
+    problem = MakeLogFiles(tests, options.resultsFolder, &logFiles);
+  }
+  if (!problem.empty()) return Refuse(problem);
+
+  CatchInterrupts();
+  const auto start = std::chrono::steady_clock::now();
+  Progress progress(static_cast<int>(tests.size()));
+  const std::vector<TestResult> results = RunCampaign(tests, options.limits, logFiles, &progress);
+  progress.Finish();
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+
+  printf("\n%s", MakeReport(results, seconds).c_str());
+  fflush(stdout);
+  if (junitFile.is_open()) {
+    junitFile << MakeJUnitReport(results, seconds);
+    junitFile.close();
+    if (!junitFile) return Refuse("cannot write " + options.junitFile);
+  }
+  return AllPassed(results) ? kAllPassed : kSomeFailed;
+}
+
+}  // namespace campaign

@@ -1,0 +1,77 @@
+#include "TestList.h"
+
+#include <errno.h>
+#include <string.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string_view>
+
+#include "VorToolsInfrastructure.h"
+
+namespace campaign {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r";
+
+// The name becomes a file name below the results folder, so every step of it must lead down.
+bool IsSafeName(const std::string& name) {
+  if (name.front() == '/' || name.back() == '/') return false;
+  VorListValVorString steps;
+  Split(VorString(name), steps, "/");
+  for (int i = 1; i <= steps.Size(); ++i) {
+    if (steps[i] == "." || steps[i] == "..") return false;
+  }
+  return name.find("//") == std::string::npos && name.find('\\') == std::string::npos;
+}
+
+// Takes a line apart; "" or what is wrong with it.
+std::string ParseLine(std::string_view line, Test* test) {
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+  line = line.substr(0, line.find_last_not_of(kBlanks) + 1);
+  const std::size_t nameEnd = line.find_first_of(kBlanks);
+  test->name = line.substr(0, nameEnd);
+  if (!IsSafeName(test->name)) return "'" + test->name + "' cannot be used as a test name";
+  if (nameEnd == std::string_view::npos) return "test '" + test->name + "' has no command";
+  test->command = line.substr(line.find_first_not_of(kBlanks, nameEnd));
+  return "";
+}
+
+}  // namespace
+
+// Read with getline and not with the library's ReadFile: a list may hold names beyond ASCII and
+// long commands, and its last line counts even without a newline.
+std::string LoadTestList(const std::string& path, std::vector<Test>* tests) {
+  std::error_code error;
+  const bool isFolder = std::filesystem::is_directory(path, error);
+  std::ifstream file(path);
+  if (!file || isFolder) {
+    return "cannot read " + path + ": " + strerror(isFolder ? EISDIR : errno);
+  }
+  std::set<std::string> names;
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    if (IsComment(line.c_str() + std::min(line.find_first_not_of(kBlanks), line.size()))) continue;
+    Test test;
+    std::string problem = ParseLine(line, &test);
+    if (problem.empty() && !names.insert(test.name).second) {
+      problem = "test '" + test.name + "' is there twice";
+    }
+    if (!problem.empty()) return path + ":" + std::to_string(number) + ": " + problem;
+    tests->push_back(test);
+  }
+  return file.bad() ? "cannot read " + path : "";
+}
+
+std::vector<Test> SelectTests(const std::vector<Test>& tests, const std::string& expression) {
+  const VorString wanted(expression);
+  std::vector<Test> selected;
+  for (const Test& test : tests) {
+    if (TestMatchWithLogExp(VorString(test.name), wanted) == 1) selected.push_back(test);
+  }
+  return selected;
+}
+
+}  // namespace campaign
