@@ -4,6 +4,10 @@
 function(vor_set_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${VOR_WERROR}>:-Werror>)
+  # GCC 12 warns of an overlap inside its own std::string where "text" + string is inlined.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(${target} PRIVATE -Wno-restrict)
+  endif()
 endfunction()
 
 # vor_library_part(HEADERS public... SOURCES private...): adds files of the calling folder to the

@@ -43,8 +43,9 @@ class Runner {
 
   std::vector<TestResult> Run(Progress* progress) {
     while (!IsInterrupted()) {
+      const Clock::time_point beforeCheck = Clock::now();
       _list.Check();
-      FollowStates(progress);
+      FollowStates(beforeCheck, progress);
       if (_list.NDone() == _list.Size()) break;
       progress->Show(_list.NRunning());
       _list.WaitForChange(kRefreshMs);
@@ -60,10 +61,11 @@ class Runner {
     return std::chrono::duration<double>(Clock::now() - _starts[test]).count();
   }
 
-  // Looks only at what runs and at what starts next, so that a long list costs nothing.
-  void FollowStates(Progress* progress) {
+  // Looks only at what runs and at what starts next, so that a long list costs nothing.  A test
+  // that was started since startTime counts from there, so that none seems shorter than it was.
+  void FollowStates(Clock::time_point startTime, Progress* progress) {
     while (_next < _results.size() && _list.GetStatus(Position(_next)) != kWaiting) {
-      _starts[_next] = Clock::now();
+      _starts[_next] = startTime;
       _running.push_back(_next++);
     }
     std::erase_if(_running, [this, progress](std::size_t test) {
@@ -78,9 +80,8 @@ class Runner {
     TestResult& result = _results[test];
     result.returnCode = _list.GetReturnCode(Position(test));
     result.seconds = SecondsSinceStart(test);
-    // A test may end with 99 by itself; only one that used up its time was killed for it.  The
-    // second less makes up for a start that was noticed late.
-    const bool usedItsTime = _limits.timeout > 0 && result.seconds > _limits.timeout - 1;
+    // A test may end with 99 by itself; only one that used up its time was killed for it.
+    const bool usedItsTime = _limits.timeout > 0 && result.seconds >= _limits.timeout;
     result.outcome = result.returnCode == 0                             ? Outcome::kPassed
                      : result.returnCode == kTimeoutCode && usedItsTime ? Outcome::kTimedOut
                                                                         : Outcome::kFailed;

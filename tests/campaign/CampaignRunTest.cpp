@@ -16,7 +16,7 @@ using testing::StartsWith;
 
 namespace {
 
-struct Run {
+struct Outcome {
   int status = -1;
   std::string output;  // standard output and standard error
 };
@@ -28,8 +28,8 @@ std::string ReadAll(FILE* stream) {
 }
 
 // Runs the tool through a shell.
-Run Campaign(const std::string& arguments) {
-  Run run;
+Outcome Campaign(const std::string& arguments) {
+  Outcome run;
   FILE* stream = popen((VOR_CAMPAIGN " " + arguments + " 2>&1").c_str(), "r");
   run.output = ReadAll(stream);
   run.status = WEXITSTATUS(pclose(stream));
@@ -49,13 +49,13 @@ class CampaignRun : public testing::Test {
 }  // namespace
 
 TEST_F(CampaignRun, PassesAndKeepsOutput) {
-  const Run run = Campaign(Tests("# comment\n\n"
-                                 "unit/one  sh -c \"echo to-out; echo to-err >&2\"\n"
-                                 "  unit/two\t echo \"several words\"\n"
-                                 "other echo no\n"
-                                 "unit/last echo end") +  // no newline at the end
-                           "--results " +
-                           _dir / "results" + " 'unit/*'");
+  const Outcome run = Campaign(Tests("# comment\n\n"
+                                     "unit/one  sh -c \"echo to-out; echo to-err >&2\"\n"
+                                     "  unit/two\t echo \"several words\"\n"
+                                     "other echo no\n"
+                                     "unit/last echo end") +  // no newline at the end
+                               "--results " +
+                               _dir / "results" + " 'unit/*'");
   EXPECT_EQ(run.status, 0) << run.output;
   EXPECT_EQ(_dir.Read("results/unit/one.log"), "to-out\nto-err\n");
   EXPECT_EQ(_dir.Read("results/unit/two.log"), "several words\n");
@@ -66,12 +66,12 @@ TEST_F(CampaignRun, PassesAndKeepsOutput) {
 }
 
 TEST_F(CampaignRun, ShowsFailuresAndTimeOutsSlowestFirst) {
-  const Run run = Campaign(Tests("quick true\n"
-                                 "code sh -c \"exit 7\"\n"
-                                 "missing /no/such/program\n"
-                                 "ninetynine sh -c \"exit 99\"\n"
-                                 "hang sh -c \"sleep 1000 & wait\"\n") +
-                           "--jobs 5 --timeout 1 --junit " + _dir / "junit.xml" + " '*'");
+  const Outcome run = Campaign(Tests("quick true\n"
+                                     "code sh -c \"exit 7\"\n"
+                                     "missing /no/such/program\n"
+                                     "ninetynine sh -c \"exit 99\"\n"
+                                     "hang sh -c \"sleep 1000 & wait\"\n") +
+                               "--jobs 5 --timeout 1 --junit " + _dir / "junit.xml" + " '*'");
   EXPECT_EQ(run.status, 1);
   const std::string table = run.output.substr(run.output.find("\n\n"));
   EXPECT_THAT(table, MatchesRegex("\n\nname +result +seconds\nhang +timed out \\(99\\) +[1-9]+\\."
@@ -86,9 +86,10 @@ TEST_F(CampaignRun, ShowsFailuresAndTimeOutsSlowestFirst) {
 }
 
 TEST_F(CampaignRun, JUnitTextIsWellFormedForAnyBytes) {
-  const Run run = Campaign(Tests("a<b>&\"c\"\xff printf \"toreplace\\\\001<&\\\\377\"\n"
-                                 "bad/t sh -c \"printf 'x<\\001\\377&y'; exit 1\"\n") +
-                           "--results " + _dir / "out" + " --junit " + _dir / "junit.xml" + " '*'");
+  const Outcome run =
+      Campaign(Tests("a<b>&\"c\"\xff printf \"toreplace\\\\001<&\\\\377\"\n"
+                     "bad/t sh -c \"printf 'x<\\001\\377&y'; exit 1\"\n") +
+               "--results " + _dir / "out" + " --junit " + _dir / "junit.xml" + " '*'");
   EXPECT_EQ(run.status, 1);
   const std::string junit = _dir.Read("junit.xml");
   EXPECT_THAT(junit, HasSubstr("name=\"a&lt;b&gt;&amp;&quot;c&quot;?\" classname=\"campaign\""));
@@ -99,8 +100,8 @@ TEST_F(CampaignRun, JUnitTextIsWellFormedForAnyBytes) {
 TEST_F(CampaignRun, RefusesBadInputInOneLineAndStartsNothing) {
   const std::string mark = _dir / "started";
   const std::string good = Tests("a touch " + mark + "\n");
-  const auto list = [this](const char* content) {
-    return "run --tests " + _dir.Write("bad.list", content) + " '*'";
+  auto list = [this, number = 0](const char* content) mutable {
+    return "run --tests " + _dir.Write(std::to_string(++number) + "bad.list", content) + " '*'";
   };
   _dir.Write("file", "");
   const struct {
@@ -129,7 +130,7 @@ TEST_F(CampaignRun, RefusesBadInputInOneLineAndStartsNothing) {
       {list("a/./b true\n"), "cannot be used"},
   };
   for (const auto& row : rows) {
-    const Run run = Campaign(row.arguments);
+    const Outcome run = Campaign(row.arguments);
     EXPECT_EQ(run.status, 2) << row.arguments;
     EXPECT_THAT(run.output, HasSubstr(row.message)) << row.arguments;
     if (!row.arguments.empty()) {
@@ -175,7 +176,7 @@ TEST_F(CampaignRun, InterruptKillsRunningTreesAndStillReports) {
 TEST_F(CampaignRun, ThousandTestsUnderALimit) {
   std::string list;
   for (int i = 0; i < 1000; ++i) list += "t" + std::to_string(i) + " true\n";
-  const Run run = Campaign(Tests(list) + "--jobs 8 '*&&!t99*'");
+  const Outcome run = Campaign(Tests(list) + "--jobs 8 '*&&!t99*'");
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.output, HasSubstr("989 tests: 989 passed"));
 }
