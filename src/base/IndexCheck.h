@@ -10,8 +10,8 @@ namespace vor {
 [[noreturn]] void ReportBadPosition(long long position, std::size_t size);
 
 /// The 0-based offset of a 1-based position that the caller promises to be valid.
-inline std::size_t CheckedOffset(int position, std::size_t size) {
-  if (position < 1 || static_cast<std::size_t>(position) > size) {
+inline std::size_t CheckedOffset(long long position, std::size_t size) {
+  if (position < 1 || static_cast<unsigned long long>(position) > size) {
     ReportBadPosition(position, size);
   }
   return static_cast<std::size_t>(position) - 1;

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 
 namespace vor {
 namespace {
@@ -71,13 +72,22 @@ bool WriteAll(int fd, const void* data, std::size_t size) {
 
 bool ReadToEnd(int fd, std::string& out) {
   std::size_t piece = FirstPiece(fd);
-  for (;;) {
-    const std::size_t old = out.size();
-    out.resize(old + piece);
-    const ssize_t count = ReadSome(fd, out.data() + old, piece);
-    out.resize(old + (count > 0 ? static_cast<std::size_t>(count) : 0));
-    if (count <= 0) return count == 0;
-    piece = std::clamp(out.size(), kFirstPiece, kLargestPiece);
+  std::size_t size = out.size();
+  try {
+    for (;;) {
+      out.resize(size + piece);
+      const ssize_t count = ReadSome(fd, out.data() + size, piece);
+      if (count > 0) size += static_cast<std::size_t>(count);
+      out.resize(size);
+      if (count <= 0) return count == 0;
+      // What is left of the room taken is used before more is asked for.
+      const std::size_t spare = out.capacity() - size;
+      piece =
+          spare > 0 ? std::min(spare, kLargestPiece) : std::clamp(size, kFirstPiece, kLargestPiece);
+    }
+  } catch (const std::exception&) {  // no memory, or more than a string can tell
+    errno = ENOMEM;
+    return false;
   }
 }
 

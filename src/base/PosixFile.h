@@ -45,7 +45,7 @@ bool WriteAll(int fd, const void* data, std::size_t size);
 
 /// Appends the rest of a file to \a out: by one sized read where the file tells its size, by
 /// growing pieces where it does not (/proc, pipes).  False on an error, errno says which; \a out
-/// then holds what was read before it.
+/// then holds what was read before it.  A file that memory cannot hold is an error (ENOMEM).
 bool ReadToEnd(int fd, std::string& out);
 
 }  // namespace vor

@@ -7,7 +7,7 @@
 class VOR_API VorCollec {
  public:
   /// What becomes of the storage of a collection that is emptied.
-  enum MemoryHandling {
+  enum MemoryHandling : int {
     ReleaseMemory = 0,  ///< give it back
     KeepMemory = 1      ///< keep it, because the collection is about to be filled again
   };

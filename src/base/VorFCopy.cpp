@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "base/PosixFile.h"
 #include "base/VorUnicodeString.h"
@@ -23,56 +25,90 @@ bool CopyByReading(int source, int target) {
   }
 }
 
-// Lets the kernel copy; what it does not offer between these two files is read and written.
-bool CopyContent(int source, int target) {
-  bool copiedAny = false;
-  for (;;) {
-    const ssize_t count = copy_file_range(source, nullptr, target, nullptr, 1 << 30, 0);
-    if (count > 0) {
-      copiedAny = true;
-    } else if (count == 0 && copiedAny) {
-      return true;
-    } else if (count < 0 && errno == EINTR) {
-      continue;
-    } else {
-      // Nothing copied may also mean a file that does not tell its size, as in /proc.
-      return CopyByReading(source, target);
-    }
+// Lets the kernel copy up to size bytes; what it does not offer between these two files is read and
+// written, up to the end.
+bool CopyRun(int source, int target, off_t size) {
+  while (size > 0) {
+    const std::size_t piece = static_cast<std::size_t>(std::min<off_t>(size, 1 << 30));
+    const ssize_t count = copy_file_range(source, nullptr, target, nullptr, piece, 0);
+    if (count == 0) return true;  // the file has become shorter
+    if (count < 0 && errno != EINTR) return CopyByReading(source, target);
+    if (count > 0) size -= count;
   }
+  return true;
+}
+
+// Copies the runs of data of a file and leaves its holes out.
+bool CopyAroundHoles(int source, int target, off_t size) {
+  off_t data = lseek(source, 0, SEEK_DATA);
+  while (data >= 0 && data < size) {
+    const off_t hole = lseek(source, data, SEEK_HOLE);
+    if (hole < 0 || lseek(source, data, SEEK_SET) < 0 || lseek(target, data, SEEK_SET) < 0 ||
+        !CopyRun(source, target, hole - data)) {
+      return false;
+    }
+    data = lseek(source, hole, SEEK_DATA);
+  }
+  // No data behind the last position looked at (ENXIO): the rest is a hole.
+  return (data >= 0 || errno == ENXIO) && ftruncate(target, size) == 0;
+}
+
+bool CopyContent(int source, int target, const struct stat& info) {
+  // A file that says it is empty may be one that does not tell its size, as in /proc.
+  if (info.st_size == 0) return CopyByReading(source, target);
+  const bool hasHoles = info.st_blocks < info.st_size / 512;
+  return hasHoles ? CopyAroundHoles(source, target, info.st_size)
+                  : CopyRun(source, target, info.st_size);
 }
 
 bool IsSameFile(const struct stat& left, const struct stat& right) {
   return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
-bool Fill(int source, int target, const struct stat& info) {
-  return ftruncate(target, 0) == 0 && CopyContent(source, target) &&
-         fchmod(target, info.st_mode & 07777) == 0;
+// Neither waits for the other end of a FIFO nor takes over a terminal.
+constexpr int kOnlyFiles = O_NONBLOCK | O_NOCTTY;
+
+// Opens a regular file; a descriptor that is not open, with the reason in errno, for any other.
+vor::FileDescriptor OpenRegularFile(const char* path, int flags, struct stat* info) {
+  vor::FileDescriptor file = vor::OpenFile(path, flags | kOnlyFiles, 0600);
+  if (file.IsOpen() && fstat(file.Get(), info) != 0) file.Reset(-1);
+  if (file.IsOpen() && !S_ISREG(info->st_mode)) {
+    file.Reset(-1);
+    errno = EINVAL;
+  }
+  return file;
+}
+
+// Fills the open target.  Its permission bits come first, so that nobody reads a private file
+// through the bits of an older one; only the owner of an existing target can change them.
+bool Fill(int source, vor::FileDescriptor target, bool made, const struct stat& info) {
+  const bool hasMode = fchmod(target.Get(), info.st_mode & 0777) == 0;
+  if (!hasMode && (made || errno != EPERM)) return false;
+  return ftruncate(target.Get(), 0) == 0 && CopyContent(source, target.Get(), info) &&
+         close(target.Release()) == 0;
 }
 
 }  // namespace
 
 int VorFCopy(const VorUnicodeString& source, const VorUnicodeString& target, int replace) {
-  const vor::FileDescriptor from = vor::OpenFile(source, O_RDONLY);
   struct stat fromInfo;
-  if (!from.IsOpen() || fstat(from.Get(), &fromInfo) != 0) return -1;
-  if (!S_ISREG(fromInfo.st_mode)) {
-    errno = EINVAL;
-    return -1;
-  }
+  const vor::FileDescriptor from = OpenRegularFile(source, O_RDONLY, &fromInfo);
+  if (!from.IsOpen()) return -1;
 
   // Made exclusively first: it tells whether the target is ours to remove.  Not truncated while
   // opening: it may be the source itself.
-  vor::FileDescriptor to = vor::OpenFile(target, O_WRONLY | O_CREAT | O_EXCL, 0600);
-  const bool made = to.IsOpen();
-  if (!made && errno == EEXIST && replace != 0) to = vor::OpenFile(target, O_WRONLY | O_CREAT);
   struct stat toInfo;
-  if (!to.IsOpen() || fstat(to.Get(), &toInfo) != 0) return -1;
+  vor::FileDescriptor to = OpenRegularFile(target, O_WRONLY | O_CREAT | O_EXCL, &toInfo);
+  const bool made = to.IsOpen();
+  if (!made && errno == EEXIST && replace != 0) {
+    to = OpenRegularFile(target, O_WRONLY | O_CREAT, &toInfo);
+  }
+  if (!to.IsOpen()) return -1;
   if (IsSameFile(fromInfo, toInfo)) {
     errno = EINVAL;
     return -1;
   }
-  if (Fill(from.Get(), to.Get(), fromInfo)) return 0;
+  if (Fill(from.Get(), std::move(to), made, fromInfo)) return 0;
   if (made) {
     const int keptErrno = errno;
     unlink(target);

@@ -5,10 +5,13 @@
 
 class VorUnicodeString;
 
-/// Copies the regular file \a source to \a target with its permission bits.
+/// Copies the regular file \a source to \a target with its permission bits for reading, writing
+/// and executing; an existing target that belongs to somebody else keeps its own.  Holes stay
+/// holes.
 ///
 /// With \a replace 1 an existing target gets the new content; with 0 it is an error.  A file is
 /// never copied onto itself, not under another name either: that is an error and leaves it whole.
+/// Neither end may be a device, a FIFO or a directory.
 /// After a failure a target that this call made is removed again; the content of one that existed
 /// before is undefined once writing has begun.
 ///

@@ -13,7 +13,8 @@
 template <typename X>
 class VOR_API VorListPtr : public VorCollecRoot {
  public:
-  /// Stands for one element of the list, as an X*& would.
+  /// Stands for one element of the list, as an X*& would: read it into an X* and do not keep it,
+  /// since it is valid only until the list changes.
   class Slot {
    public:
     operator X*() const { return static_cast<X*>(_slot); }

@@ -2,6 +2,7 @@
 #define VOR_BASE_VORLISTVAL_H
 
 #include <new>
+#include <utility>
 
 #include "base/VorCollec.h"
 #include "base/VorRawCollPV.h"
@@ -13,7 +14,9 @@
 ///
 /// Ownership: owns its copies; destroys them from the last to the first.
 /// Errors:    a position outside the list ends the process (see VorRawCollPV).  An element that
-///            cannot be allocated is stored as a null pointer.
+///            cannot be allocated is stored as a null pointer; it must not be read, only
+///            removed or copied with its list.  An exception of X's copy constructor ends the
+///            process.
 /// Threads:   distinct lists are independent; one list must not be changed by one thread while
 ///            another uses it.
 template <typename X>
@@ -23,18 +26,21 @@ class VOR_API VorListVal : public VorCollecRoot {
   /// The second argument is accepted for callers of the older form and has no effect.
   VorListVal(int initialCapacity, int) : _slots(initialCapacity) {}
   VorListVal(const VorListVal& other) : VorCollecRoot(other), _slots(other.Size()) {
-    AppendCopies(other);
+    AppendCopies(other, _slots);
   }
   VorListVal& operator=(const VorListVal& other) {
     if (this != &other) {
+      // Copied first: the other list may live inside one of the elements that go.
+      VorRawCollPV copies(other.Size());
+      AppendCopies(other, copies);
       RemoveAll(VorCollec::ReleaseMemory);
-      AppendCopies(other);
+      std::swap(_slots, copies);
     }
     return *this;
   }
   ~VorListVal() override { DestroyElements(); }
 
-  void Append(const X& value) { _slots.Append(new (std::nothrow) X(value)); }
+  void Append(const X& value) noexcept { _slots.Append(new (std::nothrow) X(value)); }
 
   int Size() const { return _slots.Size(); }
 
@@ -75,10 +81,14 @@ class VOR_API VorListVal : public VorCollecRoot {
   bool operator==(const VorListVal& other) const { return !(*this != other); }
 
  private:
-  void AppendCopies(const VorListVal& other) {
-    for (int i = 1; i <= other.Size(); ++i) Append(other[i]);
+  static void AppendCopies(const VorListVal& from, VorRawCollPV& to) noexcept {
+    for (int i = 1; i <= from.Size(); ++i) {
+      const X* element = static_cast<const X*>(from._slots[i]);
+      to.Append(element == nullptr ? nullptr : new (std::nothrow) X(*element));
+    }
   }
   void DestroyElements() {
+    static_assert(sizeof(X) > 0, "include the header of the element type");
     for (int i = Size(); i >= 1; --i) delete static_cast<X*>(_slots[i]);
   }
 

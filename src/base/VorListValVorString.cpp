@@ -6,18 +6,21 @@
 #include "base/IndexCheck.h"
 #include "base/MergeSort.h"
 
-void VorListValVorString::Append(const VorListValVorString& other) {
+void VorListValVorString::Append(const VorListValVorString& other) noexcept {
   const std::size_t count = other._values.size();
-  _values.reserve(_values.size() + count);
   // Counted and by position: other may be this list, whose end moves.
   for (std::size_t i = 0; i < count; ++i) _values.push_back(other._values[i]);
 }
 
-void VorListValVorString::InsertAfter(int position, const VorString& value) {
-  InsertBefore(position + 1, value);
+void VorListValVorString::InsertAfter(int position, const VorString& value) noexcept {
+  Insert(static_cast<long long>(position) + 1, value);
 }
 
-void VorListValVorString::InsertBefore(int position, const VorString& value) {
+void VorListValVorString::InsertBefore(int position, const VorString& value) noexcept {
+  Insert(position, value);
+}
+
+void VorListValVorString::Insert(long long position, const VorString& value) noexcept {
   const std::size_t offset = vor::CheckedOffset(position, _values.size() + 1);
   _values.insert(_values.begin() + static_cast<std::ptrdiff_t>(offset), value);
 }
@@ -30,7 +33,7 @@ int VorListValVorString::Locate(const VorString& value, int start) const {
   return 0;
 }
 
-void VorListValVorString::QuickSort(int (*compare)(VorString* left, VorString* right)) {
+void VorListValVorString::QuickSort(int (*compare)(VorString* left, VorString* right)) noexcept {
   std::vector<VorString*> order;
   order.reserve(_values.size());
   for (VorString& value : _values) order.push_back(&value);
@@ -42,7 +45,7 @@ void VorListValVorString::QuickSort(int (*compare)(VorString* left, VorString* r
   _values.swap(sorted);
 }
 
-void VorListValVorString::RemoveAll(VorCollec::MemoryHandling handling) {
+void VorListValVorString::RemoveAll(VorCollec::MemoryHandling handling) noexcept {
   _values.clear();
   if (handling == VorCollec::ReleaseMemory) _values.shrink_to_fit();
 }

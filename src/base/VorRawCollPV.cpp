@@ -29,11 +29,11 @@ void* const& VorRawCollPV::operator[](int position) const {
   return _slots[vor::CheckedOffset(position, _slots.size())];
 }
 
-void VorRawCollPV::QuickSort(Comparison compare) {
+void VorRawCollPV::QuickSort(Comparison compare) noexcept {
   vor::MergeSort(_slots, compare);
 }
 
-void VorRawCollPV::QuickSort(ContextComparison compare, void* context) {
+void VorRawCollPV::QuickSort(ContextComparison compare, void* context) noexcept {
   vor::MergeSort(_slots, [compare, context](const void* left, const void* right) {
     return compare(left, right, context);
   });

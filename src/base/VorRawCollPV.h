@@ -12,7 +12,7 @@
 ///
 /// Ownership: never owns what the pointers point at.
 /// Errors:    a position outside the array is a bug of the caller: a message on standard error,
-///            then abort.
+///            then abort.  Running out of memory ends the process.
 /// Threads:   distinct arrays are independent; one array must not be changed by one thread while
 ///            another uses it.
 class VOR_API VorRawCollPV {
@@ -25,7 +25,7 @@ class VOR_API VorRawCollPV {
   /// Room for \a initialCapacity pointers is taken at once; 0 or less takes none.
   explicit VorRawCollPV(int initialCapacity = 0);
 
-  void Append(void* pointer) { _slots.push_back(pointer); }
+  void Append(void* pointer) noexcept { _slots.push_back(pointer); }
 
   /// Empties the array; \a handling says what becomes of its storage.
   void RemoveAll(VorCollec::MemoryHandling handling);
@@ -40,8 +40,8 @@ class VOR_API VorRawCollPV {
 
   /// Sorts the slots.  Equal elements keep their order; sorted input costs one comparison an
   /// element; a comparison that contradicts itself gives some order, never an access out of bounds.
-  void QuickSort(Comparison compare);
-  void QuickSort(ContextComparison compare, void* context);
+  void QuickSort(Comparison compare) noexcept;
+  void QuickSort(ContextComparison compare, void* context) noexcept;
 
  private:
   std::vector<void*> _slots;

@@ -5,6 +5,8 @@
 #include <execinfo.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -16,7 +18,8 @@ struct FreeDeleter {
 
 void PrintFrame(FILE* stream, int number, void* address) {
   Dl_info info = {};
-  const bool known = dladdr(address, &info) != 0;
+  // A return address may be the first byte behind a function that never returns from its call.
+  const bool known = dladdr(static_cast<char*>(address) - 1, &info) != 0;
   const char* file = known && info.dli_fname != nullptr ? info.dli_fname : "?";
   const auto offsetFrom = [address](const void* base) {
     return static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(address) -
@@ -43,10 +46,15 @@ void VorBasicStackTrace::Print(FILE* stream, int skip, int limit) const {
   fflush(stream);
 }
 
-// Kept out of line, so that exactly one frame, its own, has to be dropped.
+// Kept out of line: the trace begins where this function returns to.  What lies before that, this
+// function and what a sanitizer puts between it and backtrace, is dropped.
 __attribute__((noinline)) void VorStackTrace::GetTrace() {
-  void* frames[kMaxFrames + 1];
-  const int count = backtrace(frames, kMaxFrames + 1);
-  _count = count > 0 ? count - 1 : 0;
-  for (int i = 0; i < _count; ++i) _frames[i] = frames[i + 1];
+  constexpr int kMaxOwn = 4;
+  void* frames[kMaxFrames + kMaxOwn];
+  const int count = backtrace(frames, kMaxFrames + kMaxOwn);
+  void** const end = frames + count;
+  void** first = std::find(frames, end, __builtin_return_address(0));
+  if (first == end) first = frames + (count > 0 ? 1 : 0);
+  _count = static_cast<int>(std::min<std::ptrdiff_t>(end - first, kMaxFrames));
+  std::copy(first, first + _count, _frames);
 }

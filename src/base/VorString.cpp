@@ -18,7 +18,7 @@ std::weak_ordering CompareAsC(const char* left, const char* right) {
 
 }  // namespace
 
-VorString& VorString::operator=(const char* text) {
+VorString& VorString::operator=(const char* text) noexcept {
   // assign() copes with text that points into this very string.
   if (text == nullptr) {
     _text.clear();
@@ -28,12 +28,12 @@ VorString& VorString::operator=(const char* text) {
   return *this;
 }
 
-VorString& VorString::operator+=(const char* text) {
+VorString& VorString::operator+=(const char* text) noexcept {
   if (text != nullptr) _text.append(text);
   return *this;
 }
 
-VorString& VorString::operator+=(const VorString& text) {
+VorString& VorString::operator+=(const VorString& text) noexcept {
   _text.append(text._text);
   return *this;
 }
@@ -49,7 +49,7 @@ int VorString::FindPosition(const VorString& text, int start) const {
              : static_cast<int>(found);
 }
 
-VorString VorString::SubString(unsigned start, unsigned count) const {
+VorString VorString::SubString(unsigned start, unsigned count) const noexcept {
   return start >= _text.size() ? VorString() : VorString(_text.substr(start, count));
 }
 
@@ -60,7 +60,7 @@ void VorString::Remove(int start, int count) {
   _text.erase(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
 }
 
-void VorString::ReplaceSubString(const VorString& oldText, const VorString& newText) {
+void VorString::ReplaceSubString(const VorString& oldText, const VorString& newText) noexcept {
   if (oldText._text.empty()) return;
   const std::size_t found = _text.find(oldText._text);
   if (found != std::string::npos) _text.replace(found, oldText._text.size(), newText._text);
@@ -72,19 +72,19 @@ void VorString::ToUpper() {
   }
 }
 
-VorString operator+(const VorString& left, const VorString& right) {
+VorString operator+(const VorString& left, const VorString& right) noexcept {
   VorString sum(left);
   sum += right;
   return sum;
 }
 
-VorString operator+(const VorString& left, const char* right) {
+VorString operator+(const VorString& left, const char* right) noexcept {
   VorString sum(left);
   sum += right;
   return sum;
 }
 
-VorString operator+(const char* left, const VorString& right) {
+VorString operator+(const char* left, const VorString& right) noexcept {
   VorString sum(left);
   sum += right;
   return sum;

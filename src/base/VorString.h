@@ -3,12 +3,17 @@
 
 #include <compare>
 #include <concepts>
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "base/Export.h"
+
+/// What built-in pointer arithmetic would take as an offset: integers, characters, enumerators.
+template <typename T>
+concept VorOffset = std::convertible_to<T, std::ptrdiff_t> && !std::convertible_to<T, const char*>;
 
 /// An 8-bit character string with value semantics, the text type of every call of the library.
 ///
@@ -21,20 +26,26 @@
 ///
 /// Ownership: keeps a copy of what it is given.  The characters handed out by the conversion to
 ///            const char*, CastToCharPtr and View stay valid while the string lives unchanged.
-/// Errors:    none; positions and counts outside the text are clipped to it.
+/// Errors:    positions and counts outside the text are clipped to it; running out of memory ends
+///            the process.
 /// Threads:   distinct strings are independent; one string must not be changed by one thread
 ///            while another uses it.
 class VOR_API VorString {
  public:
-  VorString() = default;
-  VorString(const char* text) : _text(text == nullptr ? "" : text) {}
+  VorString() noexcept = default;
+  VorString(const char* text) noexcept : _text(text == nullptr ? "" : text) {}
   VorString(std::string text) noexcept : _text(std::move(text)) {}
-  explicit VorString(std::string_view text) : _text(text) {}
+  explicit VorString(std::string_view text) noexcept : _text(text) {}
+  VorString(const VorString& other) noexcept = default;
+  VorString(VorString&& other) noexcept = default;
+  ~VorString() = default;
 
-  VorString& operator=(const char* text);
+  VorString& operator=(const VorString& other) noexcept = default;
+  VorString& operator=(VorString&& other) noexcept = default;
+  VorString& operator=(const char* text) noexcept;
 
-  VorString& operator+=(const char* text);
-  VorString& operator+=(const VorString& text);
+  VorString& operator+=(const char* text) noexcept;
+  VorString& operator+=(const VorString& text) noexcept;
 
   /// The NUL-terminated characters; never null.
   operator const char*() const { return _text.c_str(); }
@@ -61,14 +72,14 @@ class VOR_API VorString {
   int FindPosition(const VorString& text, int start = 0) const;
 
   /// The \a count bytes from 0-based \a start, fewer where the text ends before.
-  VorString SubString(unsigned start, unsigned count) const;
+  VorString SubString(unsigned start, unsigned count) const noexcept;
 
   /// Removes \a count bytes from 0-based \a start.
   void Remove(int start, int count);
 
   /// Replaces the first occurrence of \a oldText, if there is one, by \a newText.  Callers that
   /// want every occurrence replaced repeat it while FindPosition still finds \a oldText.
-  void ReplaceSubString(const VorString& oldText, const VorString& newText);
+  void ReplaceSubString(const VorString& oldText, const VorString& newText) noexcept;
 
   /// Upper-cases the letters a to z in place; other bytes stay, whatever the locale.
   void ToUpper();
@@ -80,11 +91,16 @@ class VOR_API VorString {
 // The conversion to const char* makes every built-in pointer operator a candidate, so each
 // combination of operands is spelt out: no call is ambiguous and none compares addresses.
 
-VOR_API VorString operator+(const VorString& left, const VorString& right);
-VOR_API VorString operator+(const VorString& left, const char* right);
-VOR_API VorString operator+(const char* left, const VorString& right);
-template <std::integral Offset>
-void operator+(const VorString& text, Offset offset) = delete;  // would be pointer arithmetic
+VOR_API VorString operator+(const VorString& left, const VorString& right) noexcept;
+VOR_API VorString operator+(const VorString& left, const char* right) noexcept;
+VOR_API VorString operator+(const char* left, const VorString& right) noexcept;
+// These would be pointer arithmetic.
+template <VorOffset Offset>
+void operator+(const VorString& text, Offset offset) = delete;
+template <VorOffset Offset>
+void operator+(Offset offset, const VorString& text) = delete;
+template <VorOffset Offset>
+void operator-(const VorString& text, Offset offset) = delete;
 
 inline bool operator==(const VorString& left, const VorString& right) {
   return left.View() == right.View();

@@ -2,6 +2,7 @@
 #define VOR_BASE_VORUNICODECHAR_H
 
 #include <compare>
+#include <concepts>
 
 #include "base/Export.h"
 
@@ -16,11 +17,15 @@ class VOR_API VorUnicodeChar {
  public:
   constexpr VorUnicodeChar() = default;
   constexpr VorUnicodeChar(char value) : _codePoint(static_cast<unsigned char>(value)) {}
-  explicit constexpr VorUnicodeChar(char32_t codePoint) : _codePoint(codePoint) {}
+  /// Any other integer is the code point itself; only a char32_t converts without being asked to.
+  template <std::integral T>
+  explicit(!std::same_as<T, char32_t>) constexpr VorUnicodeChar(T codePoint)
+      : _codePoint(static_cast<char32_t>(codePoint)) {}
 
   constexpr char32_t GetCodePoint() const { return _codePoint; }
 
-  /// The byte with this value; '\0' for a code point above 255, which no char can tell.
+  /// The byte with this value; '\0' for a code point above 255, which no char can tell.  As a
+  /// condition a character is therefore false above 255 too: compare it instead.
   constexpr operator char() const {
     return _codePoint > 0xFF ? '\0' : static_cast<char>(static_cast<unsigned char>(_codePoint));
   }
@@ -44,10 +49,12 @@ class VOR_API VorUnicodeChar {
   friend constexpr std::strong_ordering operator<=>(VorUnicodeChar left, VorUnicodeChar right) {
     return left._codePoint <=> right._codePoint;
   }
-  friend constexpr bool operator==(VorUnicodeChar left, char right) {
+  template <std::integral T>
+  friend constexpr bool operator==(VorUnicodeChar left, T right) {
     return left == VorUnicodeChar(right);
   }
-  friend constexpr std::strong_ordering operator<=>(VorUnicodeChar left, char right) {
+  template <std::integral T>
+  friend constexpr std::strong_ordering operator<=>(VorUnicodeChar left, T right) {
     return left <=> VorUnicodeChar(right);
   }
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr char32_t kRawByteBase = 0xDC00;  // a raw byte b becomes kRawByteBase + b
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr std::size_t kMostBytes = 4;  // of one character
 
 bool IsRawByte(char32_t c) {
   return c >= 0xDC80 && c <= 0xDCFF;
@@ -68,7 +69,6 @@ void Encode(char32_t c, std::string* out) {
     put(c - kRawByteBase);
     return;
   }
-  if (c > 0x10FFFF || IsSurrogate(c)) c = kReplacement;
   if (c < 0x80) {
     put(c);
   } else if (c < 0x800) {
@@ -89,7 +89,8 @@ void Encode(char32_t c, std::string* out) {
 // A printf or scanf format taken apart around its one integer conversion.
 struct NumberFormat {
   std::string prefix;  // literal text before the conversion, "%%" already folded
-  std::string flags;   // flags, width and precision
+  std::string flags;   // flags, width and precision, as printf takes them
+  std::size_t width = 0;
   char conversion = 'd';
   std::string suffix;
 };
@@ -121,7 +122,15 @@ std::optional<NumberFormat> ParseNumberFormat(const char* text) {
   format.prefix = TakeLiteral(&rest);
   if (rest.empty()) return std::nullopt;
   rest.remove_prefix(1);  // '%'
-  format.flags = TakeAnyOf(&rest, "-+ #0123456789.");
+  constexpr std::string_view kDigits = "0123456789";
+  format.flags = TakeAnyOf(&rest, "-+ #0");
+  const std::string width(TakeAnyOf(&rest, kDigits));
+  format.width = strtoul(width.c_str(), nullptr, 10);
+  format.flags += width;
+  if (rest.starts_with('.')) {
+    rest.remove_prefix(1);
+    format.flags += "." + std::string(TakeAnyOf(&rest, kDigits));
+  }
   TakeAnyOf(&rest, "hljzt");
   constexpr std::string_view kConversions = "diuoxX";
   if (rest.empty() || kConversions.find(rest.front()) == std::string_view::npos ||
@@ -150,24 +159,40 @@ int BaseOf(char conversion) {
 
 }  // namespace
 
-VorUnicodeString::VorUnicodeString(const char* utf8)
+VorUnicodeString::VorUnicodeString(const char* utf8) noexcept
     : _characters(Decode(utf8 == nullptr ? "" : utf8)), _utf8(utf8 == nullptr ? "" : utf8) {}
 
-VorUnicodeString::VorUnicodeString(VorUnicodeChar character, int count)
+VorUnicodeString::VorUnicodeString(VorUnicodeChar character, int count) noexcept
     : VorUnicodeString(std::u32string(count < 0 ? 0 : static_cast<std::size_t>(count),
                                       character.GetCodePoint())) {}
 
-VorUnicodeString::VorUnicodeString(std::u32string characters) : _characters(std::move(characters)) {
+VorUnicodeString::VorUnicodeString(std::u32string characters) noexcept
+    : _characters(std::move(characters)) {
   _utf8.reserve(_characters.size());
-  for (const char32_t c : _characters) Encode(c, &_utf8);
+  for (char32_t& c : _characters) {
+    if (!IsRawByte(c) && (c > 0x10FFFF || IsSurrogate(c))) c = kReplacement;
+    Encode(c, &_utf8);
+  }
 }
 
-void VorUnicodeString::Append(const VorUnicodeString& text) {
-  _characters.append(text._characters);
+void VorUnicodeString::Append(const VorUnicodeString& text) noexcept {
+  std::size_t tail = 0;  // raw bytes at the end, which a character may have begun with
+  while (tail < kMostBytes - 1 && tail < _characters.size() &&
+         IsRawByte(_characters[_characters.size() - 1 - tail])) {
+    ++tail;
+  }
+  if (tail == 0 || !IsRawByte(text[0].GetCodePoint())) {
+    _characters.append(text._characters);
+    _utf8.append(text._utf8);
+    return;
+  }
+  const std::u32string joined = Decode(_utf8.substr(_utf8.size() - tail) + text._utf8);
   _utf8.append(text._utf8);
+  _characters.resize(_characters.size() - tail);
+  _characters.append(joined);
 }
 
-int VorUnicodeString::BuildFromNum(long number, const char* format) {
+int VorUnicodeString::BuildFromNum(long number, const char* format) noexcept {
   const std::optional<NumberFormat> parsed = ParseNumberFormat(format);
   if (!parsed) return 1;
   const std::string conversion = "%" + parsed->flags + "l" + parsed->conversion;
@@ -184,15 +209,13 @@ int VorUnicodeString::BuildFromNum(long number, const char* format) {
   return 0;
 }
 
-int VorUnicodeString::ConvertToNum(int* out, const char* format) const {
+int VorUnicodeString::ConvertToNum(int* out, const char* format) const noexcept {
   const std::optional<NumberFormat> parsed = ParseNumberFormat(format);
   if (!parsed || !std::string_view(_utf8).starts_with(parsed->prefix)) return 1;
+  // As scanf does it: blanks before the number do not count, and a width limits its characters.
   std::string digits = _utf8.substr(parsed->prefix.size());
-  if (!parsed->flags.empty()) {
-    // scanf knows a maximum width; the other printf flags do not change what is read.
-    const std::size_t width = strtoul(parsed->flags.c_str(), nullptr, 10);
-    if (width > 0) digits.resize(std::min(digits.size(), width));
-  }
+  digits.erase(0, digits.find_first_not_of(" \t\n\v\f\r"));
+  if (parsed->width > 0) digits.resize(std::min(digits.size(), parsed->width));
   char* end = nullptr;
   errno = 0;
   const long value = strtol(digits.c_str(), &end, BaseOf(parsed->conversion));
@@ -210,13 +233,13 @@ void VorUnicodeString::Reset() {
   _utf8.clear();
 }
 
-VorUnicodeString VorUnicodeString::SubString(int start, int count) const {
+VorUnicodeString VorUnicodeString::SubString(int start, int count) const noexcept {
   const std::size_t first = static_cast<std::size_t>(std::max(start, 0));
   if (count <= 0 || first >= _characters.size()) return VorUnicodeString();
   return VorUnicodeString(_characters.substr(first, static_cast<std::size_t>(count)));
 }
 
-VorUnicodeString VorUnicodeString::Strip(StripMode mode, VorUnicodeChar character) const {
+VorUnicodeString VorUnicodeString::Strip(StripMode mode, VorUnicodeChar character) const noexcept {
   const char32_t c = character.GetCodePoint();
   const std::size_t first = mode == Trailing ? 0 : _characters.find_first_not_of(c);
   if (first == std::u32string::npos) return VorUnicodeString();

@@ -1,10 +1,11 @@
 #ifndef VOR_BASE_VORUNICODESTRING_H
 #define VOR_BASE_VORUNICODESTRING_H
 
+#include <compare>
 #include <concepts>
+#include <cstddef>
 #include <iosfwd>
 #include <string>
-#include <utility>
 
 #include "base/Export.h"
 #include "base/VorUnicodeChar.h"
@@ -19,7 +20,7 @@
 /// Ownership: keeps a copy of what it is given.  The UTF-8 text handed out stays valid while the
 ///            string lives unchanged.
 /// Errors:    positions and counts outside the text are clipped to it; the number conversions
-///            report a format that they do not accept.
+///            report a format that they do not accept.  Running out of memory ends the process.
 /// Threads:   distinct strings are independent; one string must not be changed by one thread
 ///            while another uses it.
 class VOR_API VorUnicodeString {
@@ -27,24 +28,32 @@ class VOR_API VorUnicodeString {
   /// Which ends Strip works on.
   enum StripMode { Leading = 0, Trailing = 1, Both = 2 };
 
-  VorUnicodeString() = default;
-  VorUnicodeString(const char* utf8);
-  /// \a character repeated \a count times.
-  VorUnicodeString(VorUnicodeChar character, int count);
+  VorUnicodeString() noexcept = default;
+  VorUnicodeString(const char* utf8) noexcept;
+  /// \a character repeated \a count times.  A code point that no UTF-8 text can hold becomes
+  /// U+FFFD.
+  VorUnicodeString(VorUnicodeChar character, int count) noexcept;
+  VorUnicodeString(const VorUnicodeString& other) noexcept = default;
+  VorUnicodeString(VorUnicodeString&& other) noexcept = default;
+  ~VorUnicodeString() = default;
 
-  void Append(const VorUnicodeString& text);
+  VorUnicodeString& operator=(const VorUnicodeString& other) noexcept = default;
+  VorUnicodeString& operator=(VorUnicodeString&& other) noexcept = default;
+
+  /// Appends \a text.  Raw bytes that make up a character together become that character.
+  void Append(const VorUnicodeString& text) noexcept;
 
   /// Makes this the text of \a number under a printf format with exactly one integer conversion
   /// (d, i, u, o, x or X, with flags, width and precision as wanted; length modifiers are
   /// accepted and a long is formatted in any case).  Returns 0; 1 for any other format, the text
   /// then stays as it was.
-  int BuildFromNum(long number, const char* format = "%ld");
+  int BuildFromNum(long number, const char* format = "%ld") noexcept;
 
   /// Reads the number at the start of the text under a scanf format with exactly one integer
   /// conversion (d, i, u, o, x or X), and stores it in *out.  Returns 0; 1 when the format is
   /// another, the text does not start with such a number, or the number does not fit an int;
   /// *out then stays as it was.
-  int ConvertToNum(int* out, const char* format = "%d") const;
+  int ConvertToNum(int* out, const char* format = "%d") const noexcept;
 
   /// The UTF-8 text; never null.
   operator const char*() const { return _utf8.c_str(); }
@@ -60,18 +69,16 @@ class VOR_API VorUnicodeString {
   void Reset();
 
   /// The \a count characters from 0-based \a start, fewer where the text ends before.
-  VorUnicodeString SubString(int start, int count) const;
+  VorUnicodeString SubString(int start, int count) const noexcept;
 
   /// A copy without the run of \a character at the ends that \a mode names.
-  VorUnicodeString Strip(StripMode mode, VorUnicodeChar character) const;
+  VorUnicodeString Strip(StripMode mode, VorUnicodeChar character) const noexcept;
 
   /// The character at a 0-based position; U+0000 outside the text.
   template <std::integral Index>
   VorUnicodeChar operator[](Index position) const {
-    return std::in_range<std::size_t>(position) &&
-                   static_cast<std::size_t>(position) < _characters.size()
-               ? VorUnicodeChar(_characters[static_cast<std::size_t>(position)])
-               : VorUnicodeChar();
+    const auto offset = static_cast<std::size_t>(position);  // a negative one becomes huge
+    return offset < _characters.size() ? VorUnicodeChar(_characters[offset]) : VorUnicodeChar();
   }
 
   friend bool operator==(const VorUnicodeString& left, const VorUnicodeString& right) {
@@ -80,9 +87,14 @@ class VOR_API VorUnicodeString {
   friend bool operator==(const VorUnicodeString& left, const char* right) {
     return left._utf8 == (right == nullptr ? "" : right);
   }
+  /// Order by code points.
+  friend std::strong_ordering operator<=>(const VorUnicodeString& left,
+                                          const VorUnicodeString& right) {
+    return left._characters <=> right._characters;
+  }
 
  private:
-  explicit VorUnicodeString(std::u32string characters);
+  explicit VorUnicodeString(std::u32string characters) noexcept;
 
   std::u32string _characters;
   std::string _utf8;  // always the encoded form of _characters, so that readers never write

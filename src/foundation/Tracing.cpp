@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <iostream>
+#include <string_view>
 
 #include "base/VorStackTrace.h"
 
@@ -19,12 +20,27 @@ struct tm LocalTime() {
   return local;
 }
 
+// Fatal errors and trace lines may have to tell that memory is out, so a message is never copied.
+std::string_view OrEmpty(const char* message) {
+  return message == nullptr ? std::string_view() : message;
+}
+
+void PutTrace(std::string_view message, int header) {
+  if (header == 0) {
+    std::cout << "   " << message << std::endl;
+    return;
+  }
+  std::cout << std::endl << std::endl;
+  std::cout << "## " << GetShortDate() << " - " << message << std::endl;
+  std::cout << std::endl;
+}
+
 }  // namespace
 
 void FATAL(int condition, const char* message) {
   if (condition == 0) return;
   std::cerr << "FATAL INTERNAL ERROR ------------------------" << std::endl;
-  std::cerr << VorString(message) << std::endl;
+  std::cerr << OrEmpty(message) << std::endl;
   std::cerr << "STACK ---------------------------------------" << std::endl << std::flush;
   // The banner goes to standard error and the trace to standard output: harnesses that keep the
   // two apart look for each in its place.
@@ -35,17 +51,11 @@ void FATAL(int condition, const char* message) {
 }
 
 void Trace(const char* message, int header) {
-  Trace(VorString(message), header);
+  PutTrace(OrEmpty(message), header);
 }
 
 void Trace(const VorString& message, int header) {
-  if (header == 0) {
-    std::cout << "   " << message << std::endl;
-    return;
-  }
-  std::cout << std::endl << std::endl;
-  std::cout << "## " << GetShortDate() << " - " << message << std::endl;
-  std::cout << std::endl;
+  PutTrace(message.View(), header);
 }
 
 void TraceErr(const VorString& message) {
@@ -54,7 +64,7 @@ void TraceErr(const VorString& message) {
 }
 
 void TraceStdErr(const char* message) {
-  TraceStdErr(VorString(message));
+  std::cerr << OrEmpty(message) << std::endl;
 }
 
 void TraceStdErr(const VorString& message) {
@@ -63,6 +73,7 @@ void TraceStdErr(const VorString& message) {
 
 VorString GetDate() {
   const time_t now = time(nullptr);
+  tzset();             // ctime looks at the time zone afresh, ctime_r need not
   char text[64] = {};  // ctime_r needs 26 bytes, more only for years of five digits
   if (ctime_r(&now, text) == nullptr) return VorString();
   text[24] = '\0';  // drops the newline

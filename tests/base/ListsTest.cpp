@@ -93,6 +93,19 @@ TEST(VorListVal, CopiesAndAssigns) {
   EXPECT_TRUE(other != list);
 }
 
+TEST(VorListVal, AssignsAListOfItsOwnElement) {
+  struct Node {
+    bool operator!=(const Node&) const { return false; }
+    VorListVal<Node> children;
+  };
+  Node root;
+  root.children.Append(Node());
+  root.children[1].children.Append(Node());
+  root.children[1].children.Append(Node());
+  root.children = root.children[1].children;
+  EXPECT_EQ(root.children.Size(), 2);
+}
+
 TEST(VorListVal, EqualityLooksAtOrder) {
   std::vector<int> log;
   EXPECT_TRUE(MakeList({1, 2}, &log) == MakeList({1, 2}, &log));

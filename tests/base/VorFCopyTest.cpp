@@ -21,7 +21,7 @@ TEST(VorFCopy, CopiesContentAndPermissions) {
   TempDir dir;
   const std::string content = std::string(700000, 'x') + std::string("\0end", 4);
   const std::string from = dir.Write("from \xff", content);
-  chmod(from.c_str(), 0751);
+  chmod(from.c_str(), 04751);
   dir.Write("to", "something longer than nothing");
   ASSERT_EQ(Copy(from, dir / "to"), 0);
   EXPECT_EQ(dir.Read("to"), content);
@@ -48,9 +48,23 @@ TEST(VorFCopy, RefusesAndLeavesFilesWhole) {
   EXPECT_EQ(Copy(from, other, 0), -1);
   EXPECT_EQ(Copy(dir / "missing", other), -1);
   EXPECT_EQ(Copy(dir.Path(), other), -1);
+  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);  // nobody waits at its other end
+  EXPECT_EQ(Copy(dir / "fifo", other), -1);
+  EXPECT_EQ(Copy(from, dir / "fifo"), -1);
   EXPECT_EQ(Copy(from, dir / "no/such/folder"), -1);
   EXPECT_EQ(dir.Read("from"), "content");
   EXPECT_EQ(dir.Read("other"), "kept");
   EXPECT_EQ(Copy(from, dir / "new", 0), 0);
   EXPECT_EQ(dir.Read("new"), "content");
+}
+
+TEST(VorFCopy, KeepsHoles) {
+  TempDir dir;
+  const std::string from = dir.Write("from", "start");
+  ASSERT_EQ(truncate(from.c_str(), 3 << 20), 0);
+  ASSERT_EQ(Copy(from, dir / "to"), 0);
+  EXPECT_EQ(dir.Read("to"), dir.Read("from"));
+  struct stat info;
+  ASSERT_EQ(stat((dir / "to").c_str(), &info), 0);
+  EXPECT_LT(info.st_blocks * 512, 1 << 20);
 }

@@ -13,6 +13,7 @@ TEST(VorUnicodeChar, ConvertsAndOrdersByCodePoint) {
   EXPECT_TRUE(VorUnicodeChar('a') == 'a');
   EXPECT_TRUE(VorUnicodeChar('a') <= VorUnicodeChar('b'));
   EXPECT_TRUE(VorUnicodeChar('\xe9') >= 'z');  // no sign
+  EXPECT_TRUE(VorUnicodeChar(U'\u2260') != 0x60);
 }
 
 TEST(VorUnicodeChar, ClassTestsKnowUnicode) {
@@ -39,6 +40,24 @@ TEST(VorUnicodeString, CountsCharactersNotBytes) {
   EXPECT_TRUE(text.SubString(4, 1).IsNull());
   text.Append(VorUnicodeString(VorUnicodeChar(U'\u20ac'), 2));
   EXPECT_STREQ(text, "a\u00e9\u20ac\U0001F600\u20ac\u20ac");
+}
+
+TEST(VorUnicodeString, RawBytesJoinAtTheSeam) {
+  VorUnicodeString text("x\xe2");
+  text.Append("\x82");
+  EXPECT_EQ(text.GetLengthInChar(), 3);
+  text.Append("\xacy");
+  EXPECT_TRUE(text == VorUnicodeString("x\u20acy"));
+  VorUnicodeString twice("\xa9\xc3");
+  twice.Append(twice);
+  EXPECT_TRUE(twice == VorUnicodeString("\xa9\u00e9\xc3"));
+  EXPECT_TRUE(VorUnicodeString(VorUnicodeChar(U'\xD800'), 1) == VorUnicodeString("\ufffd"));
+}
+
+TEST(VorUnicodeString, OrdersByCodePoint) {
+  const VorUnicodeString low("a\uffff"), high("a\U00010000");
+  EXPECT_TRUE(low < high);
+  EXPECT_FALSE(low < VorUnicodeString("a\uffff"));  // texts are compared, not addresses
 }
 
 TEST(VorUnicodeString, InvalidBytesBecomeRawCharacters) {
@@ -92,6 +111,7 @@ TEST(VorUnicodeString, NumbersUnderAFormat) {
   EXPECT_EQ(text.BuildFromNum(1, "%d %d"), 1);
   EXPECT_EQ(text.BuildFromNum(1, "none"), 1);
   EXPECT_EQ(text.BuildFromNum(1, "%*d"), 1);
+  EXPECT_EQ(text.BuildFromNum(1, "%5.3.2d"), 1);
   EXPECT_STREQ(text, "kept");
   EXPECT_EQ(text.BuildFromNum(-5000000000L, "%d"), 0);
   EXPECT_STREQ(text, "-5000000000");
@@ -106,6 +126,6 @@ TEST(VorUnicodeString, NumbersUnderAFormat) {
   EXPECT_EQ(value, 12);
   EXPECT_EQ(VorUnicodeString("ff").ConvertToNum(&value, "%x"), 0);
   EXPECT_EQ(value, 255);
-  EXPECT_EQ(VorUnicodeString("12345").ConvertToNum(&value, "%3d"), 0);
+  EXPECT_EQ(VorUnicodeString("  12345").ConvertToNum(&value, "%3d"), 0);
   EXPECT_EQ(value, 123);
 }
