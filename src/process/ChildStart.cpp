@@ -42,9 +42,9 @@ bool IsNamedPipe(const char* path) {
 }
 
 // What exec is to try for \a program one after another, each path with its NUL.
-std::string PathsOf(const std::string& program) {
+std::string PathsOf(std::string_view program) {
   std::string paths;
-  if (program.find('/') != std::string::npos) return paths.append(program.c_str()) + '\0';
+  if (program.find('/') != std::string_view::npos) return paths.append(program) + '\0';
   const char* searched = getenv("PATH");
   std::string_view folders = searched == nullptr ? kStandardPath : searched;
   for (;;) {
@@ -52,7 +52,7 @@ std::string PathsOf(const std::string& program) {
     const std::string_view folder = folders.substr(0, end);
     paths += folder;
     if (!folder.empty()) paths += '/';  // an empty entry is the working directory
-    paths.append(program.c_str()) += '\0';
+    paths.append(program) += '\0';
     if (end == std::string_view::npos) return paths;
     folders.remove_prefix(end + 1);
   }
@@ -84,7 +84,7 @@ class ChildPlan {
 ChildPlan::ChildPlan(const VorString& command, const VorString& output, const VorString& input)
     : _arguments(ParseCommandLine(command)), _output(output), _input(input) {
   if (_arguments.empty()) return;
-  _paths = PathsOf(_arguments.front());
+  _paths = PathsOf(_arguments.front().c_str());  // up to a NUL, as exec
   _shell.reserve(_arguments.size() + 2);
   _shell.push_back(const_cast<char*>(kShell));
   for (std::string& argument : _arguments) _shell.push_back(argument.data());

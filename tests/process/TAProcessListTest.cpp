@@ -14,9 +14,21 @@
 
 namespace {
 
+// A command that runs until the gate is opened.
+class Gate {
+ public:
+  Gate() { mkfifo((_dir / "gate").c_str(), 0600); }
+  VorString Command() const { return "sh -c \"read x < " + (_dir / "gate") + "\""; }
+  void Open() const { _dir.Write("gate", "\n"); }
+
+ private:
+  TempDir _dir;
+};
+
 void RunAll(TAProcessList& list) {
   while (list.NDone() < list.Size()) {
     list.Check();
+    EXPECT_LE(list.NRunning(), 10);
     list.WaitForChange(-1);
   }
 }
@@ -24,10 +36,9 @@ void RunAll(TAProcessList& list) {
 }  // namespace
 
 TEST(TAProcessList, StartsTheLastCommandFirst) {
-  TempDir dir;
-  mkfifo((dir / "gate").c_str(), 0600);
+  const Gate gate;
   TAProcessList list(2);
-  EXPECT_EQ(list.Start(VorString("sh -c \"read x < " + (dir / "gate") + "\""), 0), 1);
+  EXPECT_EQ(list.Start(gate.Command(), 0), 1);
   EXPECT_EQ(list.Start("sh -c \"exit 4\"", 0), 2);
   EXPECT_EQ(list.Start("sh -c \"exit 5\"", 0), 3);
   EXPECT_EQ(list.NWaiting(), 3);
@@ -45,7 +56,7 @@ TEST(TAProcessList, StartsTheLastCommandFirst) {
   EXPECT_EQ(list.GetReturnCode(3), 5);
   EXPECT_EQ(list.Check(), 0);
   EXPECT_EQ(list.WaitForChange(20), 0);
-  dir.Write("gate", "\n");
+  gate.Open();
   RunAll(list);
 }
 
@@ -56,11 +67,7 @@ TEST(TAProcessList, RunsFiveHundredCommands) {
     const std::string code = std::to_string(number % 200);
     list.Start(VorString("sh -c \"echo $$; exit " + code + "\""), 60, VorString(dir / code));
   }
-  while (list.NDone() < list.Size()) {
-    list.Check();
-    EXPECT_LE(list.NRunning(), 10);
-    list.WaitForChange(-1);
-  }
+  RunAll(list);
   for (int number = 1; number <= 500; ++number) {
     EXPECT_EQ(list.GetReturnCode(number), number % 200);
     EXPECT_EQ(list.GetStatus(number), 2);
@@ -128,12 +135,13 @@ TEST(TAProcessList, WaitsThroughSignals) {
               signal(SIGALRM, [](int) {});
               const itimerval often = {{0, 2000}, {0, 2000}};
               setitimer(ITIMER_REAL, &often, nullptr);
+              const Gate gate;
               TAProcessList list;
-              list.Start("sleep 0.1", 0);
+              list.Start(gate.Command(), 0);
               list.Check();
               if (list.WaitForChange(20) != 0) return 1;
-              if (list.WaitForChange(-1) != 1) return 2;
-              list.Check();
+              gate.Open();
+              if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 2;
               return list.NDone() == 1 ? 0 : 3;
             }),
             0);
@@ -160,16 +168,18 @@ TEST(TAProcessList, WaitsWhateverDescriptorsAreLeft) {
 }
 
 TEST(TAProcessList, HidesItsDescriptorsFromChildren) {
-  TempDir dir;
+  const TempDir dir;
+  const Gate gate;
   TAProcessList list;
-  list.Start("sleep 0.2", 0);
+  list.Start(gate.Command(), 0);
   list.Check();
   list.WaitForChange(0);
   list.Start("ls -l /proc/self/fd", 0, VorString(dir / "open"));
+  list.Check();
+  gate.Open();
   RunAll(list);
-  const std::string open = dir.Read("open");
-  EXPECT_NE(open.find("1 -> "), std::string::npos);
-  EXPECT_EQ(open.find("pidfd"), std::string::npos) << open;
+  EXPECT_NE(dir.Read("open").find("1 -> "), std::string::npos);
+  EXPECT_EQ(dir.Read("open").find("pidfd"), std::string::npos);
 }
 
 TEST(TAProcessListDeathTest, RefusesPositionsOutsideTheList) {

@@ -95,12 +95,6 @@ TEST(TAProcess, SplitsWordsAndQuotedPhrases) {
   }
 }
 
-TEST(TAProcess, TakesTheProgramAsItIs) {
-  EXPECT_EQ(StatusOf("true"), 0);
-  EXPECT_EQ(StatusOf("\"true\""), 1);
-  EXPECT_EQ(StatusOf("\"sh -c true\""), 1);
-}
-
 TEST(TAProcess, FoldsStatuses) {
   const struct {
     const char* command;
@@ -114,6 +108,7 @@ TEST(TAProcess, FoldsStatuses) {
       {"no-such-program-anywhere", 1},
       {"/no/such/folder/true", 1},
       {"/", 1},
+      {"\"true\"", 1},  // the program is taken as it is
       {"", 1},
       {"   ", 1},
   };
@@ -299,18 +294,12 @@ TEST(TAProcess, ReportsThatThereIsNoChild) {
             0);
 }
 
-TEST(TAProcess, ListsDescendants) {
-  Family family;
-  VorListValVorString pids;
-  EXPECT_EQ(family.head.GetProcessTree(pids), 0);
-  ASSERT_EQ(pids.Size(), 7);
-  EXPECT_EQ(atoi(pids[1]), family.head.ChildPid());
-  EXPECT_EQ(family.head.KillTreeWithSig(1), 0);
-  EXPECT_EQ(family.AwaitEnd(), 9);
-}
-
-TEST(TAProcess, KillsWholeTrees) {
+TEST(TAProcess, ListsAndKillsWholeTrees) {
   Family soft;
+  VorListValVorString pids;
+  EXPECT_EQ(soft.head.GetProcessTree(pids), 0);
+  ASSERT_EQ(pids.Size(), 7);
+  EXPECT_EQ(atoi(pids[1]), soft.head.ChildPid());
   EXPECT_EQ(soft.head.KillTreeWithSig(0), 0);
   EXPECT_EQ(soft.AwaitEnd(), 15);
   Family hard;
