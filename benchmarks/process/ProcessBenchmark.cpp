@@ -1,0 +1,151 @@
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/VorListValVorString.h"
+#include "process/TAProcess.h"
+#include "process/TAProcessList.h"
+
+// Children, the process tree and lists of commands, each beside what a tool would use instead.
+
+namespace {
+
+constexpr char kProgram[] = "/bin/true";
+char* const kArguments[] = {const_cast<char*>(kProgram), nullptr};
+
+pid_t SpawnWithPosix() {
+  pid_t pid = -1;
+  posix_spawn(&pid, kProgram, nullptr, nullptr, kArguments, environ);
+  return pid;
+}
+
+pid_t SpawnWithFork() {
+  const pid_t pid = fork();
+  if (pid == 0) {
+    execv(kProgram, kArguments);
+    _exit(1);
+  }
+  return pid;
+}
+
+// The argument is the resident size of this process in MB.
+template <typename Action>
+void RunWithResidentSize(benchmark::State& state, Action startAndWait) {
+  const std::vector<char> resident(static_cast<std::size_t>(state.range(0)) << 20, 'x');
+  benchmark::DoNotOptimize(resident.data());
+  for (auto step : state) startAndWait();
+}
+
+void StartOurs(benchmark::State& state) {
+  RunWithResidentSize(state, [] {
+    TAProcess process;
+    int status;
+    process.Start(kProgram, 0);
+    process.Wait(status);
+  });
+}
+
+template <pid_t (*start)()>
+void StartPeer(benchmark::State& state) {
+  RunWithResidentSize(state, [] { waitpid(start(), nullptr, 0); });
+}
+
+// Idle children, so that there is a tree to look up.
+class IdleChildren {
+ public:
+  explicit IdleChildren(std::int64_t count) {
+    for (std::int64_t number = 0; number < count; ++number) {
+      _children.push_back(std::make_unique<TAProcess>());
+      _children.back()->Start("sleep 1000", 0);
+    }
+  }
+  ~IdleChildren() {
+    int status;
+    for (const auto& child : _children) child->KillWithSig(1);
+    for (const auto& child : _children) child->Wait(status);
+  }
+
+ private:
+  std::vector<std::unique_ptr<TAProcess>> _children;
+};
+
+// The argument is the number of children.
+void TreeOurs(benchmark::State& state) {
+  const IdleChildren children(state.range(0));
+  int self = getpid();
+  const TAProcess process(self);
+  for (auto step : state) {
+    VorListValVorString pids;
+    process.GetProcessTree(pids);
+    if (pids.Size() < state.range(0)) state.SkipWithError("children are missing");
+  }
+}
+
+void TreeFromPipe(benchmark::State& state) {
+  const IdleChildren children(state.range(0));
+  for (auto step : state) {
+    FILE* const pipe = popen("ps -ef", "r");
+    char line[4096];
+    int pid;
+    int parent;
+    int found = 0;
+    while (fgets(line, sizeof line, pipe) != nullptr) {
+      if (sscanf(line, "%*s %d %d", &pid, &parent) == 2 && parent == getpid()) ++found;
+    }
+    pclose(pipe);
+    if (found < state.range(0)) state.SkipWithError("children are missing");
+  }
+}
+
+constexpr int kCommands = 10000;
+
+// The argument is the number of commands that run at once.
+void ListOurs(benchmark::State& state) {
+  for (auto step : state) {
+    TAProcessList list(static_cast<int>(state.range(0)));
+    for (int number = 0; number < kCommands; ++number) list.Start("true x", 0);
+    while (list.NDone() < list.Size()) {
+      list.Check();
+      list.WaitForChange(-1);
+    }
+  }
+}
+
+void ListXargs(benchmark::State& state) {
+  const std::string command = "yes x | head -n " + std::to_string(kCommands) + " | xargs -P " +
+                              std::to_string(state.range(0)) + " -n 1 true";
+  for (auto step : state) {
+    if (system(command.c_str()) != 0) state.SkipWithError("xargs failed");
+  }
+}
+
+void ResidentSizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(10)->Arg(1024)->UseRealTime();
+}
+
+void TreeSizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(10)->Arg(1000)->UseRealTime()->Unit(benchmark::kMicrosecond);
+}
+
+void Limits(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(2)->Arg(10)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace
+
+BENCHMARK(StartOurs)->Name("BM_StartChild/ours")->Apply(ResidentSizes);
+BENCHMARK_TEMPLATE(StartPeer, SpawnWithPosix)
+    ->Name("BM_StartChild/posix_spawn")
+    ->Apply(ResidentSizes);
+BENCHMARK_TEMPLATE(StartPeer, SpawnWithFork)->Name("BM_StartChild/fork_exec")->Apply(ResidentSizes);
+BENCHMARK(TreeOurs)->Name("BM_ProcessTree/ours")->Apply(TreeSizes);
+BENCHMARK(TreeFromPipe)->Name("BM_ProcessTree/ps_pipe")->Apply(TreeSizes);
+BENCHMARK(ListOurs)->Name("BM_RunCommands/ours")->Apply(Limits);
+BENCHMARK(ListXargs)->Name("BM_RunCommands/xargs")->Apply(Limits);
