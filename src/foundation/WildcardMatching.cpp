@@ -11,67 +11,67 @@
 
 namespace {
 
-constexpr std::string_view kStar = "*";
+constexpr char kStar = '*';
 constexpr char kNul = '\0';
-
-bool HasNul(std::string_view text) {
-  return text.find(kNul) != std::string_view::npos;
-}
+constexpr std::size_t kNone = std::string_view::npos;
 
 // What the C library sees of a text.
 std::string_view AsC(std::string_view text) {
   return text.substr(0, text.find(kNul));
 }
 
-bool IsAtStart(std::string_view piece, std::string_view pattern) {
-  return piece.data() == pattern.data();
-}
-bool IsAtEnd(std::string_view piece, std::string_view pattern) {
-  return piece.data() + piece.size() == pattern.data() + pattern.size();
+bool HasNul(std::string_view text) {
+  return text.find(kNul) != kNone;
 }
 
-// Whether each piece of the pattern is in its place.  False without any piece.
-bool HoldsPieces(std::string_view text, std::string_view pattern) {
-  vor::FieldScan scan(pattern, kStar);
-  std::string_view piece;
-  bool matches = false;
-  std::size_t cursor = 0;  // where the piece before was found; pieces may overlap
-  while (scan.Next(&piece)) {
-    if (IsAtStart(piece, pattern)) {
-      matches = text.starts_with(piece) && (!IsAtEnd(piece, pattern) || text.ends_with(piece));
-    } else if (IsAtEnd(piece, pattern)) {
-      matches = text.ends_with(piece) && cursor <= text.size() - piece.size();
-    } else {
-      cursor = vor::FindText(text, piece, cursor);
-      matches = cursor != std::string_view::npos;
-    }
-    if (!matches) return false;
-  }
-  return matches;
-}
-
-// The same for texts in which NUL bytes end the comparisons before the pieces do.
-bool HoldsPiecesAsC(std::string_view text, std::string_view pattern) {
+// The rule for any bytes, piece by piece as the C library compares them.
+bool MatchesAsC(std::string_view text, std::string_view pattern) {
+  if (text == pattern) return true;
   const std::string_view seen = AsC(text);
-  vor::FieldScan scan(pattern, kStar);
+  vor::FieldScan scan(pattern, std::string_view(&kStar, 1));
   std::string_view piece;
   bool any = false;
-  std::size_t cursor = 0;
+  std::size_t cursor = 0;  // where the piece before was found; pieces may overlap
   while (scan.Next(&piece)) {
-    any = true;
+    const bool isAtStart = piece.data() == pattern.data();
+    const bool isAtEnd = piece.data() + piece.size() == pattern.data() + pattern.size();
     const std::string_view wanted = AsC(piece);
-    if (IsAtStart(piece, pattern) && !(HasNul(piece) ? seen == wanted : seen.starts_with(wanted))) {
-      return false;
-    }
-    if (IsAtEnd(piece, pattern) && text.size() >= piece.size() &&
+    any = true;
+    if (isAtStart && !(HasNul(piece) ? seen == wanted : seen.starts_with(wanted))) return false;
+    if (isAtEnd && text.size() >= piece.size() &&
         AsC(text.substr(text.size() - piece.size())) != wanted) {
       return false;
     }
     if (wanted.empty()) continue;
     cursor = vor::FindText(seen, wanted, cursor);
-    if (cursor == std::string_view::npos) return false;
+    if (cursor == kNone) return false;
   }
   return any;
+}
+
+// The answer for a text that begins with the first piece and ends with the last one, whose lengths
+// are given.  Out of line, so that it does not weigh on the names that differ before.
+__attribute__((noinline)) bool MatchesBetween(std::string_view text, std::string_view pattern,
+                                              std::size_t first, std::size_t last) {
+  bool any = first + last > 0;
+  std::size_t cursor = 0;  // where the piece before was found; pieces may overlap
+  const std::size_t lastStar = pattern.size() - last - 1;
+  for (std::size_t start = first + 1; start <= lastStar;) {
+    std::size_t end = start;
+    for (; pattern[end] != kStar; ++end) {
+      if (pattern[end] == kNul) return MatchesAsC(text, pattern);
+    }
+    if (start < end) {
+      any = true;
+      cursor = vor::FindText(text, pattern.substr(start, end - start), cursor);
+      if (cursor == kNone) {
+        return end < lastStar && HasNul(pattern.substr(end)) && MatchesAsC(text, pattern);
+      }
+    }
+    start = end + 1;
+  }
+  if (!any) return pattern.size() == 1 || text == pattern;  // "*" matches all, "**" only itself
+  return cursor <= text.size() - last && (!HasNul(text) || MatchesAsC(text, pattern));
 }
 
 char ToUpper(char c) {
@@ -81,9 +81,26 @@ char ToUpper(char c) {
 }  // namespace
 
 bool vor::MatchesPattern(std::string_view text, std::string_view pattern) {
-  if (pattern == kStar || text == pattern) return true;
-  if (HasNul(text) || HasNul(pattern)) return HoldsPiecesAsC(text, pattern);
-  return HoldsPieces(text, pattern);
+  if (pattern.empty()) return text.empty();
+
+  // Most names differ from most patterns in the first byte that is compared, so nothing is looked
+  // at before it needs to be.  That includes NUL bytes: where one could change the answer, the
+  // slower rule decides.
+  std::size_t first = 0;  // length of the first piece
+  for (; first < pattern.size() && pattern[first] != kStar; ++first) {
+    if (pattern[first] == kNul) return MatchesAsC(text, pattern);
+    if (first == text.size() || text[first] != pattern[first]) return false;
+  }
+  if (first == pattern.size()) return text.ends_with(pattern);  // no star
+
+  std::size_t last = 0;  // length of the last piece
+  bool differs = false;
+  for (; pattern[pattern.size() - 1 - last] != kStar; ++last) {
+    const char wanted = pattern[pattern.size() - 1 - last];
+    if (wanted == kNul) return MatchesAsC(text, pattern);
+    if (!differs) differs = last == text.size() || text[text.size() - 1 - last] != wanted;
+  }
+  return !differs && MatchesBetween(text, pattern, first, last);
 }
 
 int TestMatch(const VorString& text, const VorString& pattern) {
@@ -91,7 +108,7 @@ int TestMatch(const VorString& text, const VorString& pattern) {
 }
 
 int TestMatchNoCase(const VorString& text, const VorString& pattern) {
-  if (pattern.View() == kStar) return 1;
+  if (pattern == "*") return 1;
   // Both in upper case, one behind the other; only texts far longer than names need the heap.
   const std::size_t size = text.View().size() + pattern.View().size();
   std::array<char, 1024> room;
