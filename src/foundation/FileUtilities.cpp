@@ -27,9 +27,12 @@ constexpr std::size_t kLongestRead = 4094;  // bytes of a line that come as one
 constexpr std::size_t kBlock = 1 << 16;     // bytes read or written at once
 constexpr std::size_t kWorkDirRoom = 2048;  // bytes, the terminator included
 
-// Bytes below 32 and above 127, which are negative as signed ones.
-void BlankOut(char* begin, char* end) {
-  for (; begin != end; ++begin) *begin = static_cast<signed char>(*begin) < ' ' ? ' ' : *begin;
+// Replaces bytes below 32, newlines excepted, and above 127, which are negative as signed ones.
+void BlankOut(char* text, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto byte = static_cast<signed char>(text[i]);
+    text[i] = byte < ' ' && byte != '\n' ? ' ' : text[i];
+  }
 }
 
 // Hands all lines of a block that are certain to be whole, and pieces of longer ones, to sink, each
@@ -44,7 +47,6 @@ std::size_t TakeLines(char* block, std::size_t size, Sink sink) {
     const bool terminated = lineEnd != nullptr;
     if (!terminated && rest <= kLongestRead) return static_cast<std::size_t>(line - block);
     if (!terminated) lineEnd = line + kLongestRead;
-    BlankOut(line, lineEnd);
     const char covered = std::exchange(*lineEnd, '\0');
     sink(std::string_view(line, static_cast<std::size_t>(lineEnd - line)));
     *lineEnd = covered;
@@ -63,6 +65,7 @@ int ReadLines(const char* path, Sink sink) {
   for (;;) {
     const ssize_t count = vor::ReadSome(file.Get(), block.get() + held, kBlock - held);
     if (count <= 0) return 0;  // at the end and after an error alike, what is held is dropped
+    BlankOut(block.get() + held, static_cast<std::size_t>(count));
     const std::size_t size = held + static_cast<std::size_t>(count);
     const std::size_t taken = TakeLines(block.get(), size, sink);
     held = size - taken;
