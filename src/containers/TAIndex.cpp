@@ -4,31 +4,52 @@
 #include <string.h>
 
 #include <algorithm>
+#include <new>
 
+#include "containers/PositionHints.h"
 #include "containers/SortedArray.h"
+#include "containers/TextWords.h"
 
 namespace {
 
 constexpr int kMinStep = 10;
 
-// The order of a text against stored keys.
-struct ByText {
-  const char* text;
+// The order of a text against stored keys.  In a bisection all keys between the nearest known
+// neighbours of the text share with it what both neighbours share, so comparisons begin behind
+// that.
+class ByText {
+ public:
+  explicit ByText(const vor::TextWords& text) : _text(text) {}
 
-  int operator()(const char* stored) const { return strcmp(text, stored); }
-};
-
-// The same for the first bytes of a text, which hold no NUL.
-struct ByFirstBytes {
-  const char* text;
-  std::size_t length;
-
-  int operator()(const char* stored) const {
-    const int sign = strncmp(text, stored, length);
-    if (sign != 0) return sign;
-    return stored[length] == '\0' ? 0 : -1;
+  int operator()(const char* stored) {
+    std::size_t word = Shared();
+    const char* bytes = stored + word * sizeof(vor::TextWord);
+    vor::TextWord mine = _text[word];
+    vor::TextWord other = vor::LoadTextWord(bytes);
+    while (mine == other && word < _text.Last()) {
+      bytes += sizeof(vor::TextWord);
+      mine = _text[++word];
+      other = vor::LoadTextWord(bytes);
+    }
+    (mine < other ? _sharedBehind : _sharedBefore) = word;
+    return (mine > other) - (mine < other);
   }
+
+  void Prefetch(const char* stored) const {
+    __builtin_prefetch(stored + Shared() * sizeof(vor::TextWord));
+  }
+
+ private:
+  std::size_t Shared() const { return std::min(_sharedBefore, _sharedBehind); }
+
+  const vor::TextWords& _text;
+  std::size_t _sharedBefore = 0;  // words shared with the nearest key known to be before the text
+  std::size_t _sharedBehind = 0;  // and with the nearest one behind it
 };
+
+std::uint32_t TagOf(const char* key) {
+  return vor::PositionHints::TagOf(vor::TextWords(key, strlen(key)));
+}
 
 }  // namespace
 
@@ -44,53 +65,81 @@ TAIndex::TAIndex(int growthStep)
 
 TAIndex::~TAIndex() {
   Reset();
-  if (keys != _inlineKeys) free(keys);
-  if (values != _inlineValues) free(values);
+  if (keys == _inlineKeys) return;
+  free(keys);
+  free(values);
 }
 
 const char* TAIndex::Append(const char* key, void* value) {
   if (key == nullptr) return nullptr;
-  const vor::SortedPlace place = vor::FindPlaceToAdd(keys, count, ByText{key});
+  const std::size_t length = strlen(key);
+  const vor::TextWords text(key, length);
+  const vor::SortedPlace place = vor::FindPlaceToAdd(keys, count, ByText(text));
   if (place.isPresent) return keys[place.position];
-  char* copy = strdup(key);
+  char* copy = vor::CopyInWords(key, length);
   if (copy == nullptr) return nullptr;
   increaseAllocSize();
   vor::InsertAt(*this, place.position, copy, value);
+  AddHint(text, place.position);
   return copy;
 }
 
 int TAIndex::IsIn(const char* key) const {
-  if (key == nullptr) return -1;
-  return vor::PositionOrMinusOne(vor::FindPlace(keys, count, ByText{key}));
+  return key == nullptr ? -1 : Find(vor::TextWords(key, strlen(key)));
 }
 
 int TAIndex::IsIn(const char* key, int length) const {
   if (key == nullptr || length < 0) return -1;
   const std::size_t size = static_cast<std::size_t>(length);
-  if (strnlen(key, size) < size) return -1;
-  return vor::PositionOrMinusOne(vor::FindPlace(keys, count, ByFirstBytes{key, size}));
+  return strnlen(key, size) == size ? Find(vor::TextWords(key, size)) : -1;
 }
 
 void* TAIndex::operator[](const char* key) const {
-  const int position = IsIn(key);
+  const int position = key == nullptr ? -1 : Find(vor::TextWords(key, strlen(key)));
   return position < 0 ? nullptr : values[position];
 }
 
 int TAIndex::RemovePosition(int position) {
   if (position < 0 || position >= count) return 1;
-  free(keys[position]);
+  char* key = keys[position];
+  if (_hints != nullptr) _hints->Remove(TagOf(key));
+  free(key);
   vor::RemoveAt(*this, position);
   return 0;
 }
 
 int TAIndex::Reset() {
   std::for_each(keys, keys + count, free);
+  _hints.reset();
   count = 0;
   capacity = std::min(capacity, step);
   return 0;
 }
 
 int TAIndex::increaseAllocSize() {
-  vor::GrowForOneMore(*this, _room, _inlineKeys, _inlineValues);
+  vor::GrowForOneMore(*this, _room, keys == _inlineKeys);
   return 0;
+}
+
+int TAIndex::Find(const vor::TextWords& text) const {
+  if (_hints == nullptr) return vor::PositionOrMinusOne(vor::FindPlace(keys, count, ByText(text)));
+  const std::uint32_t tag = vor::PositionHints::TagOf(text);
+  const int hint = _hints->Find(
+      tag, [&](int position) { return position < count && ByText(text)(keys[position]) == 0; });
+  if (hint != vor::PositionHints::kUnknown) return hint;
+  const vor::SortedPlace place = vor::FindPlace(keys, count, ByText(text));
+  if (place.isPresent) _hints->Correct(tag, place.position);
+  return vor::PositionOrMinusOne(place);
+}
+
+void TAIndex::AddHint(const vor::TextWords& key, int position) {
+  bool isComplete = true;
+  if (_hints != nullptr) {
+    isComplete = _hints->Add(vor::PositionHints::TagOf(key), position);
+  } else if (count == kInlineSlots) {  // fewer are found as fast by bisection
+    _hints.reset(new (std::nothrow) vor::PositionHints);
+    isComplete = _hints != nullptr;
+    for (int i = 0; i < count && isComplete; ++i) isComplete = _hints->Add(TagOf(keys[i]), i);
+  }
+  if (!isComplete) _hints.reset();
 }

@@ -1,23 +1,32 @@
 #ifndef VOR_CONTAINERS_TAINDEX_H
 #define VOR_CONTAINERS_TAINDEX_H
 
+#include <memory>
+
 #include "base/Export.h"
+
+namespace vor {
+class PositionHints;
+class TextWords;
+}  // namespace vor
 
 /// A set of distinct texts, each with one untyped pointer, kept sorted in ascending strcmp order.
 ///
-/// Append adds, IsIn and operator[] find by bisection.  Positions are 0-based, 0 to count - 1, and
-/// follow the order; every insertion and removal changes the positions behind it.  To walk an
-/// index, read keys[i] and values[i] for each position.
+/// Append adds, IsIn and operator[] find.  Positions are 0-based, 0 to count - 1, and follow the
+/// order; every insertion and removal changes the positions behind it.  To walk an index, read
+/// keys[i] and values[i] for each position.
 ///
-/// Up to nine entries live inside the object.  Texts that arrive in order are appended in constant
-/// time; others move the entries behind them.
+/// Up to nine entries live inside the object and are found by bisection.  A larger index also keeps
+/// a hash table of hints where a key was last seen, 16 to 32 bytes a key, and bisects where they
+/// have become wrong.  Texts that arrive in order are appended in constant time; others move the
+/// entries behind them.
 ///
 /// Ownership: keeps copies of the keys, never owns the values.  A key copy lives until it is
 ///            removed; the key handed to a call may be one of the index's own.
 /// Errors:    a null key is in no index and is not added.  The process ends with FATAL if the
 ///            arrays cannot grow.
 /// Threads:   distinct indexes are independent; one index must not be changed by one thread while
-///            another uses it.
+///            another uses it.  Const operations may run in several threads at once.
 class VOR_API TAIndex {
  public:
   TAIndex();
@@ -59,6 +68,9 @@ class VOR_API TAIndex {
  private:
   static constexpr int kInlineSlots = 10;
 
+  int Find(const vor::TextWords& text) const;
+  void AddHint(const vor::TextWords& key, int position);
+
   char* _inlineKeys[kInlineSlots];
   void* _inlineValues[kInlineSlots];
 
@@ -72,6 +84,7 @@ class VOR_API TAIndex {
 
  private:
   int _room;  // slots that the arrays really have, at least capacity
+  std::unique_ptr<vor::PositionHints> _hints;  // null for few keys
 };
 
 #endif  // VOR_CONTAINERS_TAINDEX_H
