@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <paths.h>
 #include <pthread.h>
 #include <signal.h>
@@ -17,6 +18,7 @@
 #include <vector>
 
 #include "process/CommandLine.h"
+#include "process/ShellCall.h"
 
 // A child is started with vfork: it runs in the memory of its parent, whose calling thread stands
 // still, until it has its new program.  So the start costs the same however large the parent is,
@@ -50,9 +52,11 @@ std::string PathsOf(std::string_view program) {
   for (;;) {
     const std::size_t end = folders.find(':');
     const std::string_view folder = folders.substr(0, end);
-    paths += folder;
-    if (!folder.empty()) paths += '/';  // an empty entry is the working directory
-    paths.append(program) += '\0';
+    if (folder.size() < PATH_MAX) {  // a longer one cannot be, and the search goes on
+      paths += folder;
+      if (!folder.empty()) paths += '/';  // an empty entry is the working directory
+      paths.append(program) += '\0';
+    }
     if (end == std::string_view::npos) return paths;
     folders.remove_prefix(end + 1);
   }
@@ -162,23 +166,30 @@ class UndisturbedScope {
   int _cancelState = PTHREAD_CANCEL_ENABLE;
 };
 
+// What a child restores before it becomes its program.
+struct SignalState {
+  const sigset_t& mask;     // of the parent's calling thread
+  const sigset_t& ignored;  // by this library, beside SIGPIPE and SIGCHLD
+};
+
 // In the child: defaults in place of the parent's handlers, and of what this library may have made
 // the parent ignore; then the parent's mask.
-void RestoreSignals(const sigset_t& mask) {
+void RestoreSignals(const SignalState& state) {
   struct sigaction standard = {};
   standard.sa_handler = SIG_DFL;
   for (int number = 1; number < NSIG; ++number) {
     struct sigaction action = {};
-    const bool ours = number == SIGPIPE || number == SIGCHLD;
+    const bool ours =
+        number == SIGPIPE || number == SIGCHLD || sigismember(&state.ignored, number) == 1;
     if (!ours && sigaction(number, nullptr, &action) != 0) continue;
     const bool handled = action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
     if (ours || handled) sigaction(number, &standard, nullptr);
   }
-  sigprocmask(SIG_SETMASK, &mask, nullptr);
+  sigprocmask(SIG_SETMASK, &state.mask, nullptr);
 }
 
-[[noreturn]] void RunChild(ChildPlan* plan, const sigset_t& mask) {
-  RestoreSignals(mask);
+[[noreturn]] void RunChild(ChildPlan* plan, const SignalState& signals) {
+  RestoreSignals(signals);
   if (plan != nullptr) {
     plan->Run();
   } else {
@@ -188,9 +199,10 @@ void RestoreSignals(const sigset_t& mask) {
 }
 
 // A function of its own, which changes no variable after the split: the child uses the same stack.
-[[gnu::noinline]] pid_t SplitProcess(ChildPlan* plan, bool shareMemory, const sigset_t& mask) {
+[[gnu::noinline]] pid_t SplitProcess(ChildPlan* plan, bool shareMemory,
+                                     const SignalState& signals) {
   const pid_t pid = shareMemory ? vfork() : fork();
-  if (pid == 0) RunChild(plan, mask);
+  if (pid == 0) RunChild(plan, signals);
   return pid;
 }
 
@@ -205,7 +217,9 @@ pid_t StartChild(const VorString& command, const VorString& output, const VorStr
   }
   const bool shareMemory = !plan.has_value() || !plan->MayWaitForParent();
   const UndisturbedScope undisturbed;
-  return SplitProcess(plan.has_value() ? &*plan : nullptr, shareMemory, undisturbed.Mask());
+  const ShellCallScope shellCalls;
+  return SplitProcess(plan.has_value() ? &*plan : nullptr, shareMemory,
+                      {undisturbed.Mask(), shellCalls.IgnoredForShell()});
 }
 
 }  // namespace vor

@@ -1,9 +1,11 @@
 #include "process/ChildWatch.h"
 
+#include <errno.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace vor {
@@ -53,7 +55,18 @@ bool ChildWatch::WaitForEnd(int milliseconds) {
   const bool allPolled = _polled.size() == _children.size();
   const bool longer = milliseconds < 0 || milliseconds > kIntervalMs;
   const int limit = longer && !allPolled ? kIntervalMs : milliseconds;
-  return poll(_polled.data(), _polled.size(), limit) > 0;
+  const int ready = poll(_polled.data(), _polled.size(), limit);
+  // A limit of descriptors that was lowered below those held, or no memory: without them then.
+  if (ready < 0 && errno != EINTR) return WaitWithoutDescriptors(milliseconds);
+  return ready > 0;
+}
+
+bool ChildWatch::WaitWithoutDescriptors(int milliseconds) {
+  for (Child& child : _children) child.end.Reset(-1);
+  const bool longer = milliseconds < 0 || milliseconds > kIntervalMs;
+  poll(nullptr, 0, longer ? kIntervalMs : milliseconds);
+  return std::any_of(_children.begin(), _children.end(),
+                     [](const Child& child) { return HasEnded(child.pid); });
 }
 
 }  // namespace vor

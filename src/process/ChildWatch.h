@@ -36,6 +36,7 @@ class ChildWatch {
   };
 
   bool Watch(Child& child);
+  bool WaitWithoutDescriptors(int milliseconds);
 
   std::vector<Child> _children;
   std::vector<pollfd> _polled;  // of the children that have a descriptor, for one wait

@@ -1,6 +1,7 @@
 #include "process/ProcessTable.h"
 
 #include <dirent.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
@@ -45,17 +46,19 @@ std::optional<int> ParentIn(std::string_view stat) {
   return NumberOf(stat.substr(0, stat.find(' ')));
 }
 
-// Of the process whose folder is \a name.  It may end meanwhile: then there is none.
-std::optional<int> ReadParent(int procFolder, const char* name) {
+// Stores in *parent that of the process whose folder is \a name; nothing if the process has ended
+// meanwhile.  False if it may be there and cannot be read.
+bool ReadParent(int procFolder, const char* name, std::optional<int>* parent) {
   char path[32];
-  if (strlen(name) + sizeof "/stat" > sizeof path) return std::nullopt;
+  if (strlen(name) + sizeof "/stat" > sizeof path) return true;  // longer than any identifier
   strcat(strcpy(path, name), "/stat");
   const FileDescriptor file(openat(procFolder, path, O_RDONLY | O_CLOEXEC));
-  if (!file.IsOpen()) return std::nullopt;
+  if (!file.IsOpen()) return errno == ENOENT || errno == ESRCH;
   char text[512];  // more than identifier, name and parent take; the rest is of no interest
   const ssize_t count = ReadSome(file.Get(), text, sizeof text);
-  if (count <= 0) return std::nullopt;
-  return ParentIn(std::string_view(text, static_cast<std::size_t>(count)));
+  if (count < 0) return errno == ESRCH;
+  *parent = ParentIn(std::string_view(text, static_cast<std::size_t>(count)));
+  return true;
 }
 
 // Anything but printable ASCII separates words.
@@ -82,7 +85,8 @@ bool ReadProcFolder(const char* folder, ProcessTable& table) {
   while (const dirent* entry = readdir(dir.get())) {
     const std::optional<int> pid = NumberOf(entry->d_name);
     if (!pid || *pid <= 0) continue;
-    const std::optional<int> parent = ReadParent(dirfd(dir.get()), entry->d_name);
+    std::optional<int> parent;
+    if (!ReadParent(dirfd(dir.get()), entry->d_name, &parent)) return false;
     if (parent) table.push_back({*pid, *parent});
   }
   std::sort(table.begin(), table.end(),

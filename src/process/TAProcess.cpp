@@ -14,6 +14,7 @@
 #include "process/ChildStart.h"
 #include "process/ProcessTable.h"
 #include "process/ProcessTree.h"
+#include "process/ShellCall.h"
 
 namespace {
 
@@ -75,6 +76,7 @@ int TAProcess::SetInput(const VorString& file) {
 int TAProcess::Start(const VorString& command, int) {
   _pid = vor::StartChild(command, _output, _input);
   _collected = false;
+  _isOwn = true;
   if (_pid > 0) return 0;
   _pid = 0;
   _errMsg = "Unable to fork process";
@@ -87,7 +89,7 @@ int TAProcess::Check(int& status) {
   int rawStatus = 0;
   const int ended = WaitFor(_pid, rawStatus, WNOHANG);
   status = Fold(rawStatus);
-  _collected = ended == _pid;
+  _collected = HasGone(ended);
   return ended;
 }
 
@@ -95,43 +97,48 @@ int TAProcess::Wait(int& status) {
   status = 0;
   if (!HasChild()) return 0;
   int rawStatus = 0;
-  _collected = WaitFor(_pid, rawStatus, 0) == _pid;
+  _collected = HasGone(WaitFor(_pid, rawStatus, 0));
   status = Fold(rawStatus);
   return 0;
 }
 
+// A child of its own that is not there was collected elsewhere, by the system for instance.
+bool TAProcess::HasGone(int waited) const {
+  return waited == _pid || (waited < 0 && _isOwn && errno == ECHILD);
+}
+
 int TAProcess::Exec(const VorString& command) {
-  const int result = system(command);
+  const int result = vor::RunInShell(command);
   return result < 257 ? result : result / 256;
 }
 
 int TAProcess::Kill() {
   if (!HasChild()) return kNothingKilled;
-  return system("kill -9 " + toString(_pid) + "> /dev/null 2>&1");
+  return vor::RunInShell("kill -9 " + toString(_pid) + "> /dev/null 2>&1");
 }
 
 int TAProcess::KillWithSig(int hard) {
   return HasChild() ? SendSignal(_pid, hard) : 0;
 }
 
-int TAProcess::KillTree() {
+int TAProcess::KillTree() noexcept {
   if (!HasChild()) return kNothingKilled;
   int result = 0;
   for (const std::string& command : vor::KillCommands(ReadTree(_pid), kLongestCommand)) {
-    const int one = system(command.c_str());
+    const int one = vor::RunInShell(command.c_str());
     if (result == 0) result = one;
   }
   return result;
 }
 
-int TAProcess::KillTreeWithSig(int hard) {
+int TAProcess::KillTreeWithSig(int hard) noexcept {
   if (!HasChild()) return 0;
   const std::vector<int> tree = ReadTree(_pid);
   for (auto pid = tree.rbegin(); pid != tree.rend(); ++pid) SendSignal(*pid, hard);
   return 0;
 }
 
-int TAProcess::GetProcessTree(VorListValVorString& pids) const {
+int TAProcess::GetProcessTree(VorListValVorString& pids) const noexcept {
   if (_pid <= 0) return -1;
   if (pids.Size() == 0) {
     pids.Append(toString(_pid));

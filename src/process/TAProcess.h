@@ -80,8 +80,9 @@ class VOR_API TAProcess {
   /// without a shell.
   int Kill();
 
-  /// Sends signal 9 if \a hard is non-zero, else 15.  Returns 0, also if the process has gone; 1
-  /// with a message on standard output if the signal could not be sent.
+  /// Sends signal 9 if \a hard is non-zero, else 15.  Returns 0, also if the process has gone or
+  /// may not be signalled by this user; 1 with a message on standard output if the signal could not
+  /// be sent to a process that was there just before.
   int KillWithSig(int hard);
 
   /// Kills the child and its descendants with one command of the shell, the last found first and
@@ -90,12 +91,13 @@ class VOR_API TAProcess {
   ///
   /// Returns what system() returns: -1 while SIGCHLD is ignored, 256 also if there is no child.  A
   /// tree too large for one command line is killed by several, and the first result that is not 0
-  /// is returned.
-  int KillTree();
+  /// is returned.  Where the process table cannot be read, for want of descriptors for instance,
+  /// only the child is killed.
+  int KillTree() noexcept;
 
   /// Sends signal 9 if \a hard is non-zero, else 15, to the same processes one by one; a message on
   /// standard output for each that could not be sent.  Returns 0.
-  int KillTreeWithSig(int hard);
+  int KillTreeWithSig(int hard) noexcept;
 
   /// Adds the identifiers of the child's descendants to \a pids.  An empty list gets that of the
   /// child first; in a list that is not empty, the descendants of all its entries are looked for,
@@ -104,7 +106,7 @@ class VOR_API TAProcess {
   ///
   /// The table is read once in its own order: a process that stands there before its parent is
   /// missed, as callers know it.
-  int GetProcessTree(VorListValVorString& pids) const;
+  int GetProcessTree(VorListValVorString& pids) const noexcept;
 
   /// Has the system collect ended children from now on, and collects one that has ended already.
   /// Returns 0.  For the whole process: afterwards Check and Wait tell the end of a child as -1
@@ -122,11 +124,13 @@ class VOR_API TAProcess {
 
  private:
   bool HasChild() const { return _pid > 0 && !_collected; }
+  bool HasGone(int waited) const;
 
   VorString _errMsg;
   VorString _output;        // empty: inherited
   VorString _input;         // empty: inherited
   int _pid = 0;             // 0: none
+  bool _isOwn = false;      // started by this object
   bool _collected = false;  // the end was told: _pid may be anybody's by now
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <thread>
 
 #include "base/IndexCheck.h"
 #include "process/ChildWatch.h"
@@ -15,6 +16,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kDefaultMaxRunning = 10;
 constexpr int kKilledForTime = 99;
+constexpr int kMsForKilled = 100;
 
 enum Status { kWaiting = 0, kRunning = 1, kDone = 2 };
 
@@ -53,15 +55,20 @@ TAProcessList::TAProcessList() : TAProcessList(kDefaultMaxRunning) {}
 TAProcessList::TAProcessList(int maxRunning)
     : _watch(std::make_unique<vor::ChildWatch>()), _maxRunning(maxRunning) {}
 
+// Without this, the command killed last would stay in the process table: nobody calls Check again.
 TAProcessList::~TAProcessList() {
   CollectKilled();
+  for (int wait = 0; wait < kMsForKilled && !_killed.empty(); ++wait) {
+    std::this_thread::sleep_for(milliseconds(1));
+    CollectKilled();
+  }
 }
 
-int TAProcessList::Start(const VorString& command, int timeout) {
+int TAProcessList::Start(const VorString& command, int timeout) noexcept {
   return Start(command, timeout, VorString());
 }
 
-int TAProcessList::Start(const VorString& command, int timeout, const VorString& output) {
+int TAProcessList::Start(const VorString& command, int timeout, const VorString& output) noexcept {
   auto entry = std::make_unique<processInfo>();
   entry->command = command;
   entry->timeout = timeout;
@@ -71,7 +78,7 @@ int TAProcessList::Start(const VorString& command, int timeout, const VorString&
   return Size();
 }
 
-int TAProcessList::Check() {
+int TAProcessList::Check() noexcept {
   CollectKilled();
   bool changed = NoticeEnds();
   if (KillOverdue()) changed = true;
@@ -148,7 +155,7 @@ void TAProcessList::Retire(std::size_t index) {
   _watch->Remove(index);
 }
 
-int TAProcessList::WaitForChange(int limitMs) {
+int TAProcessList::WaitForChange(int limitMs) noexcept {
   const auto end = Clock::now() + milliseconds(std::max(limitMs, 0));
   if (MayLaunch()) return 1;
   while (!_running.empty()) {

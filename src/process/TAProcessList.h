@@ -23,12 +23,14 @@ class ChildWatch;
 ///       list.WaitForChange(-1);
 ///     }
 ///
+/// (with a limit of at least 1 command at a time: with 0 none ever starts and the loop never ends)
 /// and read each result by its position.  Nothing happens between two calls: there is no thread and
 /// no signal handler.  More commands may be added at any time.  A command goes from waiting (0) to
 /// running (1) to done (2), never back.  Positions are 1-based, in the order of Start.
 ///
 /// Ownership: keeps copies of what it is given.  The destructor neither kills nor waits for
-///            children that still run; they go on, and stay in the process table when they end.
+///            children that still run; they go on, and stay in the process table when they end.  It
+///            gives those that were killed a tenth of a second to go.
 /// Errors:    none are reported.  A command that cannot be started or whose end was collected
 ///            elsewhere is done with return code 0.  A position outside the list is a bug of the
 ///            caller: a message on standard error, then abort.
@@ -45,9 +47,9 @@ class VOR_API TAProcessList {
 
   /// Queues \a command (see TAProcess::Start), which may run for \a timeout seconds, 0 for as long
   /// as it likes.  Returns its position.
-  int Start(const VorString& command, int timeout);
+  int Start(const VorString& command, int timeout) noexcept;
   /// The same, with standard output and standard error sent to the file \a output.
-  int Start(const VorString& command, int timeout, const VorString& output);
+  int Start(const VorString& command, int timeout, const VorString& output) noexcept;
 
   /// One step: notices the commands that have ended, kills those whose time is over, each with its
   /// whole process tree, and starts waiting ones up to the limit.  Returns 1 if a command changed
@@ -56,13 +58,13 @@ class VOR_API TAProcessList {
   /// Callers rely on the order: the command added last starts first.  A command is killed by the
   /// first Check in a second later than its start plus its limit.  The cost grows with the commands
   /// that run, not with those that wait or are done.
-  int Check();
+  int Check() noexcept;
 
   /// Blocks, without using the processor, until Check has something to do: a running command has
   /// ended, its time is over, or a waiting one may start.  Returns 1 then, 0 when \a limitMs
   /// have passed before; less than 0 for no limit.  Returns 0 at once if nothing runs that could
   /// change anything.
-  int WaitForChange(int limitMs);
+  int WaitForChange(int limitMs) noexcept;
 
   int NWaiting() const;
   int NRunning() const;

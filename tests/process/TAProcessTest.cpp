@@ -191,6 +191,7 @@ TEST(TAProcess, RedirectsAllThreeStreams) {
       for (int fd = 0; fd < 3; ++fd) {
         if ((closed >> fd & 1) != 0) close(fd);
       }
+      close_range(3, ~0U, 0);  // what the tests were started with
       TAProcess process;
       process.SetInput(VorString(in));
       process.SetOutput(VorString(dir / "out"));
