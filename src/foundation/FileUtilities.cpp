@@ -18,6 +18,7 @@
 #include "base/VorListValVorString.h"
 #include "base/VorUnicodeString.h"
 #include "containers/TAIndex.h"
+#include "filenames/DirectoryReading.h"
 #include "filenames/TAFileName.h"
 #include "foundation/FieldScan.h"
 
@@ -89,15 +90,15 @@ __attribute__((constructor)) void RecoverLibraryPath() {
 
 }  // namespace
 
-int ReadFile(const VorString& path, VorListValVorString& lines) {
+int ReadFile(const VorString& path, VorListValVorString& lines) noexcept {
   return ReadLines(path, [&lines](std::string_view line) { lines.Append(VorString(line)); });
 }
 
-int ReadFile(const VorString& path, TAIndex& lines) {
+int ReadFile(const VorString& path, TAIndex& lines) noexcept {
   return ReadLines(path, [&lines](std::string_view line) { lines.Append(line.data(), nullptr); });
 }
 
-int WriteFile(const VorString& path, const VorListValVorString& lines) {
+int WriteFile(const VorString& path, const VorListValVorString& lines) noexcept {
   const vor::FileDescriptor file = vor::OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC);
   if (!file.IsOpen()) return 1;
   std::string block;
@@ -115,12 +116,12 @@ int FileExists(const VorString& path) {
   return stat(path, &info) == 0 && S_ISREG(info.st_mode);
 }
 
-int CopyFile(const TAFileName& from, const TAFileName& to) {
+int CopyFile(const TAFileName& from, const TAFileName& to) noexcept {
   if (from.IsFile() == 0) return 1;
   return VorFCopy(VorUnicodeString(from), VorUnicodeString(to), 1) < 0;
 }
 
-TAFileName SearchConcatenation(const VorString& name, const VorString& searchPath) {
+TAFileName SearchConcatenation(const VorString& name, const VorString& searchPath) noexcept {
   vor::FieldScan scan(searchPath.View(), ":");
   std::string_view directory;
   while (scan.Next(&directory)) {
@@ -128,6 +129,12 @@ TAFileName SearchConcatenation(const VorString& name, const VorString& searchPat
     if (candidate.IsFile() != 0) return candidate;
   }
   return TAFileName();
+}
+
+int FileSelectionSize(const VorString& pattern) noexcept {
+  VorListValVorString selected;
+  ReadDirectory(pattern, selected);
+  return selected.Size();
 }
 
 int SetWorkDir(const VorString& directory) {

@@ -299,7 +299,7 @@ __attribute__((noinline)) bool EvaluateAny(std::string_view text, std::string_vi
 
 }  // namespace
 
-int TestMatchWithLogExp(const VorString& text, const VorString& expression) {
+int TestMatchWithLogExp(const VorString& text, const VorString& expression) noexcept {
   const std::string_view e = expression.View();
   if (std::none_of(e.begin(), e.end(), IsSyntax)) return vor::MatchesPattern(text.View(), e);
   const bool isShort = e.size() <= kShort && e.find(kMark) == kNone;

@@ -21,7 +21,8 @@
 ///     bytes in the expression itself separate operands too where there is an operator.
 ///
 /// The time grows with the length of the expression, however deeply it is nested.  Only long or
-/// complicated expressions make it allocate memory.  Threads: may be called from any thread.
-VOR_API int TestMatchWithLogExp(const VorString& text, const VorString& expression);
+/// complicated expressions make it allocate memory; running out of it ends the process.  Threads:
+/// may be called from any thread.
+VOR_API int TestMatchWithLogExp(const VorString& text, const VorString& expression) noexcept;
 
 #endif  // VOR_FOUNDATION_LOGICALEXPRESSION_H

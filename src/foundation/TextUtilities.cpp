@@ -108,11 +108,11 @@ std::string_view EntityOf(char c) {
 
 }  // namespace
 
-int Split(const VorString& text, VorListValVorString& out) {
+int Split(const VorString& text, VorListValVorString& out) noexcept {
   return Split(text, out, kBlank);
 }
 
-int Split(const VorString& text, VorListValVorString& out, const VorString& separator) {
+int Split(const VorString& text, VorListValVorString& out, const VorString& separator) noexcept {
   ListFields fields(out);
   if (fields.Owns(text) || fields.Owns(separator)) {
     return SplitAll(VorString(text).View(), fields, VorString(separator).View());
@@ -120,7 +120,8 @@ int Split(const VorString& text, VorListValVorString& out, const VorString& sepa
   return SplitAll(text.View(), fields, separator.View());
 }
 
-int Split(const VorString& text, VorListValVorString& out, const VorString& separator, int count) {
+int Split(const VorString& text, VorListValVorString& out, const VorString& separator,
+          int count) noexcept {
   ListFields fields(out);
   if (fields.Owns(text) || fields.Owns(separator)) {
     return SplitUpTo(count, VorString(text).View(), fields, VorString(separator).View());
@@ -128,33 +129,33 @@ int Split(const VorString& text, VorListValVorString& out, const VorString& sepa
   return SplitUpTo(count, text.View(), fields, separator.View());
 }
 
-int Split(const VorString& text, VorListValVorString& out, int count) {
+int Split(const VorString& text, VorListValVorString& out, int count) noexcept {
   ListFields fields(out);
   if (fields.Owns(text)) return SplitPadded(count, VorString(text).View(), fields);
   return SplitPadded(count, text.View(), fields);
 }
 
-int Split(const VorString& text, TAIndex& out) {
+int Split(const VorString& text, TAIndex& out) noexcept {
   return Split(text, out, kBlank);
 }
 
-int Split(const VorString& text, TAIndex& out, const VorString& separator) {
+int Split(const VorString& text, TAIndex& out, const VorString& separator) noexcept {
   return SplitAll(text.View(), IndexFields(out), separator.View());
 }
 
-int Split(const VorString& text, TAIndex& out, const VorString& separator, int count) {
+int Split(const VorString& text, TAIndex& out, const VorString& separator, int count) noexcept {
   return SplitUpTo(count, text.View(), IndexFields(out), separator.View());
 }
 
-int Split(const VorString& text, TAIndex& out, int count) {
+int Split(const VorString& text, TAIndex& out, int count) noexcept {
   return SplitPadded(count, text.View(), IndexFields(out));
 }
 
-int ToLine(const VorListValVorString& words, VorString& line) {
+int ToLine(const VorListValVorString& words, VorString& line) noexcept {
   return ToLine(words, line, kBlank);
 }
 
-int ToLine(const VorListValVorString& words, VorString& line, const VorString& separator) {
+int ToLine(const VorListValVorString& words, VorString& line, const VorString& separator) noexcept {
   if (words.Size() == 0) return 0;
   // Joined apart from line, which may be the separator or one of the words.
   std::string joined(words[1].View());
@@ -191,7 +192,7 @@ int rSearchInStringList(const VorString& key, const VorListValVorString& sorted,
   return BeginsWith(key, sorted[high]) ? high : 0;
 }
 
-void InsertInList(const VorString& value, VorListValVorString& sorted) {
+void InsertInList(const VorString& value, VorListValVorString& sorted) noexcept {
   if (sorted.Size() == 0) {
     sorted.Append(value);
   } else {
@@ -199,7 +200,8 @@ void InsertInList(const VorString& value, VorListValVorString& sorted) {
   }
 }
 
-void rInsertInList(const VorString& value, VorListValVorString& sorted, int low, int high) {
+void rInsertInList(const VorString& value, VorListValVorString& sorted, int low,
+                   int high) noexcept {
   if (high < low) return;
   while (low < high - 1) {
     const int middle = low + (high - low) / 2;
@@ -231,7 +233,7 @@ const char* Q_strstr(const char* text, const char* pattern, int limit) {
   return nullptr;
 }
 
-VorString substituteEntities(const VorString& text) {
+VorString substituteEntities(const VorString& text) noexcept {
   // An ampersand once took the detour over this word, so that later replacements did not touch
   // the entities; stored files show that the word itself came out as an ampersand.
   constexpr std::string_view kPlaceholder = "toreplace";

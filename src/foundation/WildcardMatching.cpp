@@ -107,7 +107,7 @@ int TestMatch(const VorString& text, const VorString& pattern) {
   return vor::MatchesPattern(text.View(), pattern.View());
 }
 
-int TestMatchNoCase(const VorString& text, const VorString& pattern) {
+int TestMatchNoCase(const VorString& text, const VorString& pattern) noexcept {
   if (pattern == "*") return 1;
   // Both in upper case, one behind the other; only texts far longer than names need the heap.
   const std::size_t size = text.View().size() + pattern.View().size();

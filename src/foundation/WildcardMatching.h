@@ -19,13 +19,14 @@
 // A NUL byte in a text or pattern ends it for the comparisons, as in the C library, but not for
 // its length.
 //
-// Nothing here keeps state or fails, and nothing is allocated for texts of the length of names.
+// Nothing here keeps state or fails, and only ignoring the case of texts far longer than names
+// allocates memory; running out of it ends the process.
 // Threads: both functions may be called from any thread.
 
 /// 1 if \a text matches \a pattern, else 0.
 VOR_API int TestMatch(const VorString& text, const VorString& pattern);
 
 /// The same with the letters a to z counted as A to Z, in \a text and \a pattern.
-VOR_API int TestMatchNoCase(const VorString& text, const VorString& pattern);
+VOR_API int TestMatchNoCase(const VorString& text, const VorString& pattern) noexcept;
 
 #endif  // VOR_FOUNDATION_WILDCARDMATCHING_H

@@ -153,6 +153,13 @@ TEST_F(Files, SearchTakesTheFirstDirectoryThatHasTheFile) {
   EXPECT_EQ(SearchConcatenation("tool", "").IsNull(), 1);
 }
 
+TEST_F(Files, SelectionSizeCountsWhatAPatternSelects) {
+  for (const char* name : {"a.c", "b.c", "x.h"}) dir.Write(name, "");
+  EXPECT_EQ(FileSelectionSize(Path("*.c")), 2);
+  EXPECT_EQ(FileSelectionSize(Path("x.h")), 1);
+  EXPECT_EQ(FileSelectionSize(Path("missing/*")), 0);
+}
+
 TEST_F(Files, WorkDir) {
   const VorString before = GetWorkDir();
   EXPECT_EQ(SetWorkDir(dir.Path()), 0);
