@@ -127,7 +127,7 @@ void ListXargs(benchmark::State& state) {
 }
 
 void ResidentSizes(benchmark::internal::Benchmark* benchmark) {
-  benchmark->Arg(10)->Arg(1024)->UseRealTime();
+  benchmark->Arg(10)->Arg(1024)->Iterations(100)->UseRealTime()->Unit(benchmark::kMicrosecond);
 }
 
 void TreeSizes(benchmark::internal::Benchmark* benchmark) {
