@@ -287,34 +287,34 @@ class TreeReader {
 
 }  // namespace
 
-void ReadDirectory(const VorString& pattern, VorListValVorString& out) {
-  const VorString given(pattern);  // pattern may be an element of out
+void ReadDirectory(const VorString& pattern, VorListValVorString& out) noexcept {
+  const std::string given(AsC(pattern));  // pattern may be an element of out
   const bool isInOrder = out.Size() == 0;
-  ForEachPath(AsC(given), [&out](std::string path) { out.Append(VorString(std::move(path))); });
+  ForEachPath(given, [&out](std::string path) { out.Append(VorString(std::move(path))); });
   if (!isInOrder) out.QuickSort(CompareTAStrings);
 }
 
-void ReadDirectory(const char* pattern, VorListValVorString& out) {
+void ReadDirectory(const char* pattern, VorListValVorString& out) noexcept {
   ReadDirectory(VorString(pattern), out);
 }
 
-void ReadDirectory(const VorString& pattern, VorListValTAFileName& out) {
+void ReadDirectory(const VorString& pattern, VorListValTAFileName& out) noexcept {
   ForEachPath(AsC(pattern),
               [&out](const std::string& path) { out.Append(TAFileName(path.c_str())); });
   out.QuickSort(CompareTAStrings);
 }
 
-void ReadDirectory(const char* pattern, VorListValTAFileName& out) {
+void ReadDirectory(const char* pattern, VorListValTAFileName& out) noexcept {
   ReadDirectory(VorString(pattern), out);
 }
 
-void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out) {
-  const VorString given(root);  // root may be an element of out
+void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out) noexcept {
+  const std::string given(root.View());  // root may be an element of out
   out.RemoveAll(VorCollec::KeepMemory);
-  const TAFileName name(given);
+  const TAFileName name(given.c_str());
   if (name.IsFile()) {
-    out.Append(given);
+    out.Append(VorString(given));
   } else if (name.IsDirectory()) {
-    TreeReader(out).Read(AsC(given));
+    TreeReader(out).Read(given.c_str());
   }
 }

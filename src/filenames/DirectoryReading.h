@@ -10,7 +10,7 @@ class VorString;
 // Lists of the paths that a pattern with stars selects, and of all files below a directory.
 //
 // Errors:  none is reported; directories that cannot be read and entries that vanish contribute
-//          no paths.
+//          no paths.  Running out of memory ends the process.
 // Threads: every function may be called from any thread, on lists that no other thread uses.  The
 //          working directory is only asked for, never changed.
 
@@ -25,12 +25,12 @@ class VorString;
 /// selects its start, the root or the working directory with a slash behind it.
 ///
 /// \a pattern may be an element of \a out.
-VOR_API void ReadDirectory(const VorString& pattern, VorListValVorString& out);
-VOR_API void ReadDirectory(const char* pattern, VorListValVorString& out);
+VOR_API void ReadDirectory(const VorString& pattern, VorListValVorString& out) noexcept;
+VOR_API void ReadDirectory(const char* pattern, VorListValVorString& out) noexcept;
 
 /// The same as file names, which are in normal form; sorted by their texts.
-VOR_API void ReadDirectory(const VorString& pattern, VorListValTAFileName& out);
-VOR_API void ReadDirectory(const char* pattern, VorListValTAFileName& out);
+VOR_API void ReadDirectory(const VorString& pattern, VorListValTAFileName& out) noexcept;
+VOR_API void ReadDirectory(const char* pattern, VorListValTAFileName& out) noexcept;
 
 /// Empties \a out and fills it with the paths of all files below the directory \a root, absolute,
 /// in normal form and in strcmp order.  If \a root is a file, \a out gets \a root as it was given;
@@ -41,6 +41,7 @@ VOR_API void ReadDirectory(const char* pattern, VorListValTAFileName& out);
 /// the path, and that last path is listed.  Names are found by their normal form and directories
 /// by patterns: a name with a backslash is listed with slashes, and a directory whose name holds a
 /// star stands for all directories that the star selects, whose files are then listed again.
-VOR_API void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out);
+/// Names that lead out of the tree in this way, or back to where the walk has been, are left out.
+VOR_API void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out) noexcept;
 
 #endif  // VOR_FILENAMES_DIRECTORYREADING_H

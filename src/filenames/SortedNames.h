@@ -11,9 +11,9 @@ namespace vor {
 
 /// The names of some entries of one directory, to be walked in strcmp order.
 ///
-/// A name that is a step on the way to others is kept with the slash that follows it.  Walking
-/// the names so, and below each step the names of that directory, gives whole paths in strcmp
-/// order: no name without its slash can begin with another one that has it.
+/// A name that is a step on the way to others is kept with the slash that follows it.  Where the
+/// names are walked in order and each step is followed by the names below it, whole paths come in
+/// strcmp order, because nothing else in a directory begins with a step and its slash.
 class SortedNames {
  public:
   /// Empties the list; its memory is kept for the next names.

@@ -52,6 +52,11 @@ struct TAFileName::TextBlock {
     return text.empty() ? nullptr : MakeNormal(text);
   }
 
+  /// What a name holds that is joined from the name of \a block, which may be null, and \a name.
+  static TextBlock* MakeJoin(TextBlock* block, std::string_view name) {
+    return block == nullptr ? MakeName(name) : MakeNormal(block->Characters(), "/", name);
+  }
+
   static TextBlock* Share(TextBlock* block) {
     if (block != nullptr) ++block->count;
     return block;
@@ -205,7 +210,7 @@ int TAFileName::Compare(TAFileName* left, TAFileName* right) {
   return strcmp(*left, *right);
 }
 
-int TAFileName::IsUnderDirectory(const TAFileName& directory) const {
+int TAFileName::IsUnderDirectory(const TAFileName& directory) const noexcept {
   if (IsNull() || directory.IsNull()) return 0;
   const std::string_view wanted = directory.View();
   ParentWalk walk(View());
@@ -216,8 +221,8 @@ int TAFileName::IsUnderDirectory(const TAFileName& directory) const {
 }
 
 TAFileName TAFileName::operator+(const char* name) const {
-  TAFileName joined(*this);
-  joined += name;
+  TAFileName joined;
+  joined._text = TextBlock::MakeJoin(_text, TextOf(name));
   return joined;
 }
 
@@ -226,8 +231,7 @@ TAFileName TAFileName::operator+(const VorString& name) const {
 }
 
 TAFileName& TAFileName::operator+=(const char* name) {
-  if (_text == nullptr) return *this = name;
-  SetText(TextBlock::MakeNormal(View(), "/", TextOf(name)));
+  SetText(TextBlock::MakeJoin(_text, TextOf(name)));
   return *this;
 }
 
@@ -311,7 +315,7 @@ int TAFileName::CreateNotExistingDirectory() const {
   return result != 0 && errno == EEXIST ? 1 : result;
 }
 
-int TAFileName::CreateRecursiveDirectory() const {
+int TAFileName::CreateRecursiveDirectory() const noexcept {
   if (IsDirectory()) return 0;
   // What has to be made, this directory first.  A path too long for the system is kept as an empty
   // one: making that fails as well, and a text of megabytes does not cost its square in memory.
@@ -345,7 +349,7 @@ int TAFileName::SetWorkDir(const TAFileName& directory) {
   return chdir(directory);
 }
 
-TAFileName TAFileName::GetTemporaryFileName() {
+TAFileName TAFileName::GetTemporaryFileName() noexcept {
   const int number = ++temporaryNames;
   const std::string name = "/tmp/TABase_" + std::to_string(getpid()) + "_" + std::to_string(number);
   return TAFileName(name.c_str());

@@ -2,7 +2,6 @@
 #define VOR_FILENAMES_TAFILENAME_H
 
 #include <compare>
-#include <concepts>
 #include <memory>
 #include <string_view>
 
@@ -21,7 +20,7 @@
 /// Ownership: keeps a copy of what it is given.  Copies of a name share one text until one of them
 ///            changes.  The characters handed out stay valid while the name lives unchanged.
 /// Errors:    nothing is printed or thrown; each operation on the file system says what it
-///            returns.  Running out of memory for a text is FATAL.
+///            returns.  Running out of memory ends the process.
 /// Threads:   not synchronised, and copies share a text with a plain count: a name and its copies
 ///            belong to one thread.  Hand the text of a name to another thread, not a copy of it.
 ///            Names that are no copies of one another are independent.
@@ -81,13 +80,16 @@ class VOR_API TAFileName {
 
   /// 1 if \a directory is this name or one of its parents as dirname(1) gives them, else 0; 0 if
   /// one of them is null.
-  int IsUnderDirectory(const TAFileName& directory) const;
+  int IsUnderDirectory(const TAFileName& directory) const noexcept;
 
   /// This name, a slash and \a name, in normal form; for the null name the name of \a name.
   TAFileName operator+(const char* name) const;
   TAFileName operator+(const VorString& name) const;
-  template <std::integral Offset>
-  void operator+(Offset offset) const = delete;  // would be pointer arithmetic
+  // These would be pointer arithmetic.
+  template <VorOffset Offset>
+  void operator+(Offset offset) const = delete;
+  template <VorOffset Offset>
+  void operator-(Offset offset) const = delete;
   /// Joins in place.  \a name may be a part of this very name's text.
   TAFileName& operator+=(const char* name);
 
@@ -135,7 +137,7 @@ class VOR_API TAFileName {
   /// Makes the directory and every missing parent.  Returns 0 if it is there or was made, 1 if a
   /// parent could not be made, -1 if the directory itself could not.  For a name without a parent
   /// it always returns 0.
-  int CreateRecursiveDirectory() const;
+  int CreateRecursiveDirectory() const noexcept;
 
   /// The value of the environment variable PWD if it is set, else what the system says; the null
   /// name if that is 1024 bytes or longer.  PWD is the shell's: SetWorkDir does not change it.
@@ -145,7 +147,7 @@ class VOR_API TAFileName {
 
   /// A name in /tmp that this process has not used before: "/tmp/TABase_", the process id, "_" and
   /// a number that starts at 1.  The file is not made; may be called from any thread.
-  static TAFileName GetTemporaryFileName();
+  static TAFileName GetTemporaryFileName() noexcept;
 
  private:
   struct TextBlock;
