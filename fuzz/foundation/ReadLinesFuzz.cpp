@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr std::size_t kHalf = 2047;
+
 void Expect(bool condition) {
   if (!condition) abort();
 }
@@ -35,16 +37,15 @@ naive::Fields LinesOf(const std::string& content) {
 
 }  // namespace
 
-// Input: the file.  It is also read with each "~" as a thousand bytes, so that long lines are
-// common.
+// Input: the file, with each "~" as half of the longest piece of a line.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const int file = memfd_create("lines", 0);
+  static const int file = memfd_create("lines", MFD_CLOEXEC);
   static const VorString path(("/proc/self/fd/" + std::to_string(file)).c_str());
   std::string content(reinterpret_cast<const char*>(data), size);
   for (std::size_t i = content.find('~'); i < content.size() && i < 100000;
        i = content.find('~', i + 1)) {
-    content.replace(i, 1, 1000, content[i / 2] == '\n' ? 'x' : content[i / 2]);
-    i += 1000 - 1;
+    content.replace(i, 1, kHalf, content[i / 2] == '\n' ? 'x' : content[i / 2]);
+    i += kHalf - 1;
   }
   Expect(ftruncate(file, 0) == 0);
   Expect(pwrite(file, content.data(), content.size(), 0) == static_cast<ssize_t>(content.size()));

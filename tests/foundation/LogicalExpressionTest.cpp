@@ -2,9 +2,28 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace {
+
+struct Row {
+  const char* expression;
+  const char* text;
+  int want;
+};
+
+// Each row is tried as it is and, inside of an expression of the same value, at a length that
+// takes the way of long ones.
+void Check(const std::vector<Row>& rows) {
+  for (const Row& row : rows) {
+    EXPECT_EQ(TestMatchWithLogExp(row.text, row.expression), row.want) << row.expression;
+    const std::string longer =
+        "!(!(" + std::string(row.expression) + "))||" + std::string(600, 'x');
+    EXPECT_EQ(TestMatchWithLogExp(row.text, VorString(longer)), row.want) << "in " << longer;
+  }
+}
 
 std::string Repeated(const char* part, int times) {
   std::string text;
@@ -12,113 +31,95 @@ std::string Repeated(const char* part, int times) {
   return text;
 }
 
-int Match(const char* text, const std::string& expression) {
-  return TestMatchWithLogExp(text, VorString(expression));
-}
-
 }  // namespace
 
 TEST(TestMatchWithLogExp, CombinesPatterns) {
-  const struct {
-    const char* expression;
-    int want;  // for main.c
-  } rows[] = {
-      {"*.c", 1},
-      {"!*.c", 0},
-      {"!!*.c", 1},
-      {"*.c||*.h", 1},
-      {"*.h||*.o||m*", 1},
-      {"*.h||*.o", 0},
-      {"*.c&&main*", 1},
-      {"*.c&&!main*", 0},
-      {"!(*.h)", 1},
-      {"!(*.c)", 0},
-      {"!(!(*.c))", 1},
-      {"!(*.h)&&m*", 1},
-      {"!(*.h||*.o)&&m*", 1},
-      {"(*.c||*.h)&&m*", 1},
-      {"m*&&(*.h||*.o)", 0},
-      {"((*.c||*.h)&&(m*||n*))||x", 1},
-      {"((*.c&&*.h)||(m*&&n*))&&x", 0},
-      {"((main.c))", 1},
-      {"*.c|m&x", 0},     // single ones belong to the pattern
-      {"*.c || *.h", 0},  // and so do blanks
-      {"", 0},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(Match("main.c", row.expression), row.want) << row.expression;
-  EXPECT_EQ(Match("", ""), 1);
-  EXPECT_EQ(Match("", "()"), 1);
+  constexpr const char* kText = "main.c";
+  Check({
+      {"*.c", kText, 1},
+      {"!*.c", kText, 0},
+      {"!!*.c", kText, 1},
+      {"*.c||*.h", kText, 1},
+      {"*.h||*.o||m*", kText, 1},
+      {"*.h||*.o", kText, 0},
+      {"*.c&&main*", kText, 1},
+      {"*.c&&!main*", kText, 0},
+      {"!(*.h)", kText, 1},
+      {"!(!(*.c))", kText, 1},
+      {"!(*.h)&&m*", kText, 1},
+      {"!(*.h||*.o)&&m*", kText, 1},
+      {"((main.c))", kText, 1},
+      {"(*.c||*.h)&&m*", kText, 1},
+      {"m*&&(*.h||*.o)", kText, 0},
+      {"((*.c||*.h)&&(m*||n*))||x", kText, 1},
+      {"*.c|m&x", kText, 0},
+      {"*.c || *.h", kText, 0},  // parts of the patterns
+  });
 }
 
 TEST(TestMatchWithLogExp, NotValidIsNoMatch) {
-  for (const char* expression :
-       {"(*.c", "*.c)", "*.c&&*.c||m*", "(*.c||m*)&&*||*", "!()", "(*.c)&&(m*"}) {
-    EXPECT_EQ(Match("main.c", expression), 0) << expression;
+  constexpr const char* kText = "main.c";
+  for (const char* expression : {"(*.c", "*.c)", "(*.c)&&(m*"}) {
+    EXPECT_EQ(TestMatchWithLogExp(kText, expression), 0) << expression;
   }
-  EXPECT_EQ(Match("main.c", "!(!())"), 1);  // the negation of what is not valid
-  EXPECT_EQ(Match("main.c", "!(*.c&&*||m*)"), 1);
+  Check({{"*.c&&*.c||m*", kText, 0},
+         {"(*.c||m*)&&*||*", kText, 0},
+         {"!()", kText, 0},
+         {"!(!())", kText, 1},  // the negation of what is not valid
+         {"!(*.c&&*||m*)", kText, 1}});
 }
 
 TEST(TestMatchWithLogExp, MissingOperandsArePassedOver) {
-  EXPECT_EQ(Match("a", "&&"), 1);
-  EXPECT_EQ(Match("a", "||"), 0);
-  EXPECT_EQ(Match("a", "&&a&&&&"), 1);
-  EXPECT_EQ(Match("a", "!(&&)"), 0);
-  EXPECT_EQ(Match("&b", "a||&&b"), 0);
-  EXPECT_EQ(Match("&b", "a&&&b"), 0);
-  EXPECT_EQ(Match("|b", "a|||b"), 1);
+  Check({{"&&", "a", 1},
+         {"||", "a", 0},
+         {"&&a&&&&", "a", 1},
+         {"!(&&)", "a", 0},
+         {"a|||b", "|b", 1},
+         {"a||&&b", "a", 0}});
+  EXPECT_EQ(TestMatchWithLogExp("", ""), 1);
+  EXPECT_EQ(TestMatchWithLogExp("", "()"), 1);
 }
 
 TEST(TestMatchWithLogExp, ParenthesesAreTakenOffByTheirPlace) {
-  EXPECT_EQ(Match("a", "(a)||(b)"), 0);
-  EXPECT_EQ(Match("a)||(b", "(a)||(b)"), 1);
-  EXPECT_EQ(Match("a", "!!(a)"), 0);
-  EXPECT_EQ(Match("a)", "!!(a)"), 1);
-  EXPECT_EQ(Match("", "!!()"), 1);
-  EXPECT_EQ(Match("a", "((a)||(b))||c"), 0);
-  EXPECT_EQ(Match("a", "x||(a)"), 1);
-  EXPECT_EQ(Match("a", "b)||(a||c)||(d"), 0);
+  Check({{"(a)||(b)", "a", 0},
+         {"(a)||(b)", "a)||(b", 1},
+         {"!!(a)", "a", 0},
+         {"!!(a)", "a)", 1},
+         {"!!()", "", 1},
+         {"((a)||(b))||c", "a", 0},
+         {"x||(a)", "a", 1}});
+  EXPECT_EQ(TestMatchWithLogExp("a", "b)||(a||c)||(d"), 0);
 }
 
 TEST(TestMatchWithLogExp, MarkerBytesSeparateOperandsToo) {
-  EXPECT_EQ(Match("a\x7f\x7f"
-                  "b",
-                  "a\x7f\x7f"
-                  "b"),
-            1);  // without an operator they are a pattern
-  EXPECT_EQ(Match("b",
-                  "a\x7f\x7f"
-                  "b||c"),
-            1);
-  EXPECT_EQ(Match("b)",
-                  "(a\x7f\x7f"
-                  "b)||c"),
-            0);  // an operand with half a pair of parentheses
-  EXPECT_EQ(Match("x",
-                  "(a\x7f\x7fx\x7f\x7f"
-                  "b)||c"),
-            1);
-  EXPECT_EQ(Match("\x7f"
-                  "b",
-                  "a\x7f||b"),
-            1);  // the first two of three separate
-  EXPECT_EQ(Match("a\x7f", "a\x7f||b"), 0);
-  EXPECT_EQ(Match("\x7f", "b||a\x7f||"), 1);
+  // Written as "~" here.
+  const Row rows[] = {
+      {"a~~b", "a~~b", 1},  // without an operator they belong to the pattern
+      {"a~~b||c", "b", 1},      {"(a~~b)||c", "b)", 0},  // operands with half a pair of parentheses
+      {"(a~~x~~b)||c", "x", 1}, {"a~||b", "~b", 1},      // the first two of three separate
+      {"a~||b", "a~", 0},       {"b||a~||", "~", 1},
+  };
+  for (const Row& row : rows) {
+    std::string expression(row.expression), text(row.text);
+    std::replace(expression.begin(), expression.end(), '~', '\x7F');
+    std::replace(text.begin(), text.end(), '~', '\x7F');
+    EXPECT_EQ(TestMatchWithLogExp(text, expression), row.want) << row.expression;
+  }
 }
 
 TEST(TestMatchWithLogExp, DeepNestingIsCheap) {
   constexpr int kDepth = 200000;
   const std::string open = Repeated("(", kDepth), close = Repeated(")", kDepth);
-  EXPECT_EQ(Match("a", open), 0);
-  EXPECT_EQ(Match("a", Repeated("!(", kDepth)), 0);
-  EXPECT_EQ(Match("a", close + open), 0);
-  EXPECT_EQ(Match("a", open + "a" + close), 1);
-  EXPECT_EQ(Match("a", Repeated("!(", kDepth) + "a" + close), 1);
-  EXPECT_EQ(Match("a", Repeated("!", kDepth) + "a"), 1);
-  EXPECT_EQ(Match("a", open + "a" + Repeated("||b)", kDepth)), 1);
-  EXPECT_EQ(Match("a", Repeated("(b||", kDepth) + "a" + close), 1);
-  EXPECT_EQ(Match("a", Repeated("!(b||", kDepth) + "a" + close), 1);
-  // Marker bytes elsewhere, and half of one at each level.
-  EXPECT_EQ(Match("a", open + "c" + Repeated("\x7f||b)", kDepth) + "||\x7f\x7f" + "a"), 1);
+  const auto expect = [](const std::string& expression, int want) {
+    EXPECT_EQ(TestMatchWithLogExp("a", expression), want) << expression.substr(0, 20) << "...";
+  };
+  expect(open, 0);
+  expect(close + open, 0);
+  expect(open + "a" + close, 1);
+  expect(Repeated("!(", kDepth) + "a" + close, 1);
+  expect(Repeated("!", kDepth) + "a", 1);
+  expect(open + "a" + Repeated("||b)", kDepth), 1);
+  expect(Repeated("!(b||", kDepth) + "a" + close, 1);
+  // Marker bytes elsewhere, and half a marker at each level.
+  expect(open + "c" + Repeated("\x7f||b)", kDepth) + "||\x7f\x7f" + "a", 1);
 }

@@ -4,40 +4,18 @@
 
 #include <string>
 
-namespace {
-
-VorString Bytes(std::string_view bytes) {
-  return VorString(bytes);
-}
-
-}  // namespace
-
 TEST(TestMatch, PiecesBetweenStars) {
   const struct {
-    const char* text;
     const char* pattern;
+    const char* text;
     int want;
   } rows[] = {
-      {"abc", "*", 1},
-      {"", "*", 1},
-      {"", "", 1},
-      {"abc", "", 0},
-      {"abc", "abc", 1},
-      {"abc", "a*c", 1},
-      {"abc", "a*b", 0},
-      {"abc", "*b*", 1},
-      {"abc", "b*", 0},
-      {"abc", "*c*b*", 0},
-      {"abc", "a*b*c", 1},
-      {"x.cpp", "*.cpp", 1},
-      {".cpp", "*.cpp", 1},
-      {"cpp", "*.cpp", 0},
-      {"aXbXc", "a**c", 1},
-      {"abc", "a?c", 0},
-      {"a.c", "a[.]c", 0},
-      {"a*c", "a\\*c", 0},
-      {"\xe9t\xe9", "\xe9*", 1},
-      {"lib/x/y.so", "lib/*.so", 1},
+      {"*", "abc", 1},       {"*", "", 1},        {"", "", 1},         {"", "abc", 0},
+      {"abc", "abc", 1},     {"a*c", "abc", 1},   {"a*b", "abc", 0},   {"*b*", "abc", 1},
+      {"b*", "abc", 0},      {"*c*b*", "abc", 0}, {"a*b*c", "abc", 1}, {"*.cpp", "x.cpp", 1},
+      {"*.cpp", ".cpp", 1},  {"*.cpp", "cpp", 0}, {"a**c", "aXc", 1},  {"a?c", "abc", 0},
+      {"\xe9*", "\xe9t", 1}, {"a\\*c", "a*c", 0}, {"[a]*", "abc", 0},  {"l/*.so", "l/x/y.so", 1},
+      {"**", "abc", 0},      {"**", "", 0},       {"**", "**", 1},     {"a*", "", 0},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(TestMatch(row.text, row.pattern), row.want) << row.text << " " << row.pattern;
@@ -52,19 +30,23 @@ TEST(TestMatch, PiecesMayOverlap) {
   EXPECT_EQ(TestMatch("abX", "ab"), 0);
 }
 
-TEST(TestMatch, StarsAloneMatchOnlyAsOneStar) {
-  EXPECT_EQ(TestMatch("abc", "**"), 0);
-  EXPECT_EQ(TestMatch("", "**"), 0);
-  EXPECT_EQ(TestMatch("**", "**"), 1);
-}
-
 TEST(TestMatch, NulEndsTheComparisonsOnly) {
   using namespace std::string_view_literals;
-  EXPECT_EQ(TestMatch(Bytes("ab\0cd"sv), Bytes("*cd"sv)), 0);  // the search ends at the NUL
-  EXPECT_EQ(TestMatch(Bytes("ab\0cd"sv), Bytes("a*"sv)), 1);
-  EXPECT_EQ(TestMatch(Bytes("ab"sv), Bytes("ab\0cd"sv)), 1);    // longer than the text
-  EXPECT_EQ(TestMatch(Bytes("abc"sv), Bytes("ab\0*"sv)), 0);    // "ab" and not more
-  EXPECT_EQ(TestMatch(Bytes("abcde"sv), Bytes("*\0cd"sv)), 0);  // the tail is not empty
+  const struct {
+    std::string_view pattern, text;
+    int want;
+  } rows[] = {
+      {"*cd", "ab\0cd"sv, 0},  // the search ends at the NUL
+      {"a*", "ab\0cd"sv, 1},
+      {"ab\0cd"sv, "ab", 1},    // longer than the text: the end is not compared
+      {"ab\0*"sv, "abc", 0},    // "ab" and not more
+      {"*\0cd"sv, "abcde", 0},  // the tail is not empty
+      {"*a\0x*"sv, "bab", 1},
+      {"ab\0*b\0"sv, "ab\0*b\0"sv, 1},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(TestMatch(VorString(row.text), VorString(row.pattern)), row.want) << row.pattern;
+  }
 }
 
 TEST(TestMatch, LongPiecesThatAlmostMatchStayCheap) {
@@ -76,7 +58,6 @@ TEST(TestMatch, LongPiecesThatAlmostMatchStayCheap) {
 TEST(TestMatchNoCase, FoldsAsciiLettersOfBothSides) {
   EXPECT_EQ(TestMatchNoCase("README.TXT", "*.txt"), 1);
   EXPECT_EQ(TestMatchNoCase("readme.txt", "R*.TXT"), 1);
-  EXPECT_EQ(TestMatch("README.TXT", "*.txt"), 0);
   EXPECT_EQ(TestMatchNoCase("", "*"), 1);
   EXPECT_EQ(TestMatchNoCase("\xe9", "\xc9"), 0);
   const std::string longName(5000, 'x');
