@@ -28,13 +28,44 @@ const std::vector<VorString>& Names() {
   return names;
 }
 
-constexpr const char* kPatterns[] = {"*.cpp",
-                                     "src/*",
-                                     "*Test*",
-                                     "src/*.h",
-                                     "tests/*/*_test.cpp",
-                                     "*lib*.so*",
-                                     "project/framework/module/src/main.cpp"};
+struct Pattern {
+  const char* name;
+  const char* text;
+};
+constexpr Pattern kPatterns[] = {
+    {"suffix", "*.cpp"},
+    {"prefix", "src/*"},
+    {"infix", "*Test*"},
+    {"both_ends", "src/*.h"},
+    {"two_stars", "tests/*/*_test.cpp"},
+    {"three_stars", "*lib*.so*"},
+    {"no_star", "project/framework/module/src/main.cpp"},
+};
+
+// The peer does the same with one extended pattern.  There is none for "&&": where it occurs the
+// peer is spared reading the expression and makes one call for each pattern.
+bool Fn(const char* pattern, const VorString& name) {
+  return fnmatch(pattern, name, FNM_EXTMATCH) == 0;
+}
+struct Selection {
+  const char* name;
+  const char* expression;
+  bool (*peer)(const VorString& name);
+};
+constexpr Selection kSelections[] = {
+    {"pattern", "*.cpp", [](const VorString& n) { return Fn("*.cpp", n); }},
+    {"or_of_two", "*.cpp||*.h", [](const VorString& n) { return Fn("@(*.cpp|*.h)", n); }},
+    {"or_of_three", "src/*||tests/*||*.so*",
+     [](const VorString& n) { return Fn("@(src/*|tests/*|*.so*)", n); }},
+    {"negated_group", "!(*.o||*.so*||*Generated*)",
+     [](const VorString& n) { return Fn("!(*.o|*.so*|*Generated*)", n); }},
+    {"and_not", "*.cpp&&!*_test*",
+     [](const VorString& n) { return Fn("*.cpp", n) && !Fn("*_test*", n); }},
+    {"groups", "(*.cpp||*.h)&&*Test*&&!tests/*",
+     [](const VorString& n) {
+       return (Fn("*.cpp", n) || Fn("*.h", n)) && Fn("*Test*", n) && !Fn("tests/*", n);
+     }},
+};
 
 template <typename Test>
 void ForEachName(benchmark::State& state, Test test) {
@@ -47,53 +78,33 @@ void ForEachName(benchmark::State& state, Test test) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(names.size()));
 }
 
-void OurMatch(benchmark::State& state) {
-  const VorString pattern(kPatterns[state.range(0)]);
-  state.SetLabel(pattern.CastToCharPtr());
+void OurMatch(benchmark::State& state, const char* text) {
+  const VorString pattern(text);
   ForEachName(state, [&](const VorString& name) { return TestMatch(name, pattern); });
 }
-void FnMatch(benchmark::State& state) {
-  const char* pattern = kPatterns[state.range(0)];
+void FnMatch(benchmark::State& state, const char* pattern) {
   ForEachName(state, [&](const VorString& name) { return fnmatch(pattern, name, 0) == 0; });
 }
-BENCHMARK(OurMatch)->Name("BM_TestMatch/ours")->DenseRange(0, std::size(kPatterns) - 1);
-BENCHMARK(FnMatch)->Name("BM_TestMatch/fnmatch")->DenseRange(0, std::size(kPatterns) - 1);
-
-// The peer does the same with one extended pattern.  There is none for "&&": where it occurs the
-// peer is spared reading the expression and makes one call for each pattern.
-bool Fn(const char* pattern, const VorString& name) {
-  return fnmatch(pattern, name, FNM_EXTMATCH) == 0;
-}
-struct Selection {
-  const char* expression;
-  bool (*peer)(const VorString& name);
-};
-constexpr Selection kSelections[] = {
-    {"*.cpp", [](const VorString& n) { return Fn("*.cpp", n); }},
-    {"*.cpp||*.h", [](const VorString& n) { return Fn("@(*.cpp|*.h)", n); }},
-    {"src/*||tests/*||*.so*", [](const VorString& n) { return Fn("@(src/*|tests/*|*.so*)", n); }},
-    {"!(*.o||*.so*||*Generated*)",
-     [](const VorString& n) { return Fn("!(*.o|*.so*|*Generated*)", n); }},
-    {"*.cpp&&!*_test*", [](const VorString& n) { return Fn("*.cpp", n) && !Fn("*_test*", n); }},
-    {"(*.cpp||*.h)&&*Test*&&!tests/*",
-     [](const VorString& n) {
-       return (Fn("*.cpp", n) || Fn("*.h", n)) && Fn("*Test*", n) && !Fn("tests/*", n);
-     }},
-};
-
-void OurSelect(benchmark::State& state) {
-  const VorString expression(kSelections[state.range(0)].expression);
-  state.SetLabel(expression.CastToCharPtr());
+void OurSelect(benchmark::State& state, const char* text) {
+  const VorString expression(text);
   ForEachName(state, [&](const VorString& name) { return TestMatchWithLogExp(name, expression); });
 }
-void FnSelect(benchmark::State& state) {
-  ForEachName(state, kSelections[state.range(0)].peer);
+void FnSelect(benchmark::State& state, bool (*peer)(const VorString& name)) {
+  ForEachName(state, peer);
 }
-BENCHMARK(OurSelect)
-    ->Name("BM_TestMatchWithLogExp/ours")
-    ->DenseRange(0, std::size(kSelections) - 1);
-BENCHMARK(FnSelect)
-    ->Name("BM_TestMatchWithLogExp/fnmatch")
-    ->DenseRange(0, std::size(kSelections) - 1);
+
+[[maybe_unused]] const bool registered = [] {
+  using benchmark::RegisterBenchmark;
+  for (const auto& [name, text] : kPatterns) {
+    RegisterBenchmark((std::string("BM_TestMatch/ours/") + name).c_str(), OurMatch, text);
+    RegisterBenchmark((std::string("BM_TestMatch/fnmatch/") + name).c_str(), FnMatch, text);
+  }
+  for (const auto& [name, expression, peer] : kSelections) {
+    const std::string operation = "BM_TestMatchWithLogExp/";
+    RegisterBenchmark((operation + "ours/" + name).c_str(), OurSelect, expression);
+    RegisterBenchmark((operation + "fnmatch/" + name).c_str(), FnSelect, peer);
+  }
+  return true;
+}();
 
 }  // namespace
