@@ -117,10 +117,3 @@ TEST(ProcessTable, ReadsTheOutputOfACommand) {
   ASSERT_TRUE(vor::ReadProcessListing(("cat " + file).c_str(), table));
   EXPECT_EQ(table, (ProcessTable{{3, 1}, {5, 3}}));
 }
-
-TEST(ProcessTable, ReadsTheOutputOfPs) {
-  ProcessTable table;
-  ASSERT_TRUE(vor::ReadProcessListing("ps -ef", table));
-  EXPECT_NE(std::find(table.begin(), table.end(), vor::ProcessRow{getpid(), getppid()}),
-            table.end());
-}

@@ -116,30 +116,16 @@ TEST(TAProcessList, EndsWhatIsCollectedElsewhere) {
   EXPECT_EQ(list.GetReturnCode(1), 0);
 }
 
-TEST(TAProcessList, CountsACommandThatCannotBeSplitOffAsEnded) {
-  EXPECT_EQ(InProcess([] {
-              const rlimit none = {0, 0};
-              setrlimit(RLIMIT_NPROC, &none);
-              if (getuid() == 0 && setuid(65534) != 0) return 1;
-              TAProcessList list;
-              list.Start("true", 0);
-              if (list.Check() != 1 || list.NRunning() != 1) return 2;
-              if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 3;
-              return list.GetStatus(1) == 2 && list.GetReturnCode(1) == 0 ? 0 : 4;
-            }),
-            0);
-}
-
 TEST(TAProcessList, WaitsThroughSignals) {
   EXPECT_EQ(InProcess([] {
               signal(SIGALRM, [](int) {});
-              const itimerval often = {{0, 2000}, {0, 2000}};
+              const itimerval often = {{0, 20000}, {0, 20000}};
               setitimer(ITIMER_REAL, &often, nullptr);
               const Gate gate;
               TAProcessList list;
               list.Start(gate.Command(), 0);
               list.Check();
-              if (list.WaitForChange(20) != 0) return 1;
+              if (list.WaitForChange(100) != 0) return 1;
               gate.Open();
               if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 2;
               return list.NDone() == 1 ? 0 : 3;
@@ -157,12 +143,14 @@ TEST(TAProcessList, WaitsWhateverDescriptorsAreLeft) {
               list.Start("sleep 0.05", 0);
               list.Check();
               if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 1;
-              list.Start("sleep 0.05", 0);
+              // Fewer than are held by then: poll fails.
+              for (int i = 0; i < 4; ++i) list.Start("sleep 0.2", 0);
               list.Check();
+              list.WaitForChange(0);
               const rlimit few = {3, 3};
               setrlimit(RLIMIT_NOFILE, &few);
               if (list.WaitForChange(-1) != 1 || list.Check() != 1) return 2;
-              return list.NDone() == 2 ? 0 : 3;
+              return list.NDone() >= 2 ? 0 : 3;
             }),
             0);
 }
@@ -180,10 +168,4 @@ TEST(TAProcessList, HidesItsDescriptorsFromChildren) {
   RunAll(list);
   EXPECT_NE(dir.Read("open").find("1 -> "), std::string::npos);
   EXPECT_EQ(dir.Read("open").find("pidfd"), std::string::npos);
-}
-
-TEST(TAProcessListDeathTest, RefusesPositionsOutsideTheList) {
-  TAProcessList list;
-  list.Start("true", 0);
-  EXPECT_DEATH(list.GetStatus(2), "position 2");
 }
