@@ -41,8 +41,14 @@ def readable(nanoseconds):
     return f"{nanoseconds:.3g} ns"
 
 
+def in_order(group):
+    """By operation, then by arguments, numbers by their value."""
+    operation, arguments = group[0]
+    return operation, [(len(a), a) if a.isdigit() else (0, a) for a in arguments.split("/")]
+
+
 def table_rows(groups):
-    for (operation, arguments), times in groups.items():
+    for (operation, arguments), times in sorted(groups.items(), key=in_order):
         ours = times.get("ours")
         if ours is None:
             continue
