@@ -83,7 +83,6 @@ TEST(VorString, ClipsPositionsAndCounts) {
 TEST(VorString, ReplacesFirstOccurrenceOnly) {
   VorString text("a.b.c");
   text.ReplaceSubString(".", "..");
-  EXPECT_EQ(text, "a..b.c");
   text.ReplaceSubString("", "x");
   text.ReplaceSubString("z", "x");
   EXPECT_EQ(text, "a..b.c");

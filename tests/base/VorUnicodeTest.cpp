@@ -64,16 +64,16 @@ TEST(VorUnicodeString, InvalidBytesBecomeRawCharacters) {
   const struct {
     const char* text;
     int length;
-  } rows[] = {
-      {"\x80", 1},          // continuation without lead
-      {"\xc3", 1},          // cut short
-      {"\xc0\xaf", 2},      // overlong
-      {"\xed\xa0\x80", 3},  // surrogate
-      {"\xed\xb2\x80", 3},  // the encoded form of a raw byte's own character
-      {"\xf4\x90\x80\x80", 4},
-      {"\xf0\x9f\x98", 3},
-      {"a\xff\u00e9", 3},
-  };
+  } rows[] = {// A continuation without lead, cut short, overlong, a surrogate.
+              {"\x80", 1},
+              {"\xc3", 1},
+              {"\xf0\x9f\x98", 3},
+              {"\xc0\xaf", 2},
+              {"\xed\xa0\x80", 3},
+              // The encoded form of a raw byte's own character, and beyond the last one.
+              {"\xed\xb2\x80", 3},
+              {"\xf4\x90\x80\x80", 4},
+              {"a\xff\u00e9", 3}};
   for (const auto& row : rows) {
     const VorUnicodeString text(row.text);
     EXPECT_EQ(text.GetLengthInChar(), row.length) << row.text;
@@ -88,9 +88,9 @@ TEST(VorUnicodeString, AnyBytesMakeTheRoundTrip) {
     std::string bytes;
     for (int i = 0; i < 12; ++i) bytes.push_back(static_cast<char>(random() % 255 + 1));
     const VorUnicodeString text(bytes.c_str());
-    ASSERT_EQ(
-        std::string(text.SubString(0, 5).CastToCharPtr()) + text.SubString(5, 99).CastToCharPtr(),
-        bytes);
+    VorUnicodeString halves = text.SubString(0, 5);
+    halves.Append(text.SubString(5, 99));
+    ASSERT_STREQ(halves, bytes.c_str());
   }
 }
 
@@ -107,11 +107,9 @@ TEST(VorUnicodeString, Strip) {
 
 TEST(VorUnicodeString, NumbersUnderAFormat) {
   VorUnicodeString text("kept");
-  EXPECT_EQ(text.BuildFromNum(1, "%s"), 1);
-  EXPECT_EQ(text.BuildFromNum(1, "%d %d"), 1);
-  EXPECT_EQ(text.BuildFromNum(1, "none"), 1);
-  EXPECT_EQ(text.BuildFromNum(1, "%*d"), 1);
-  EXPECT_EQ(text.BuildFromNum(1, "%5.3.2d"), 1);
+  for (const char* format : {"%s", "%d %d", "none", "%*d", "%5.3.2d"}) {
+    EXPECT_EQ(text.BuildFromNum(1, format), 1) << format;
+  }
   EXPECT_STREQ(text, "kept");
   EXPECT_EQ(text.BuildFromNum(-5000000000L, "%d"), 0);
   EXPECT_STREQ(text, "-5000000000");
