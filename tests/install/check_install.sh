@@ -20,7 +20,7 @@ expect() {
   fi
 }
 
-cmake -S "$source/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+cmake -G Ninja -S "$source/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$work/cmake" >/dev/null
 expect "find_package" "$("$work/cmake/consumer")" "/a/c matches"
