@@ -1,6 +1,5 @@
 #include "filenames/DirectoryReading.h"
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,23 +53,23 @@ Paths Below(const TempDir& dir, const Paths& names) {
 // The judges: the rules taken one step at a time.
 
 Paths ReadStepwise(const std::string& pattern) {
+  namespace fs = std::filesystem;
   VorListValVorString components;
   const int count = Split(VorString(pattern), components, VorString("/"));
-  Paths prefixes{pattern[0] == '/' ? "/" : std::filesystem::current_path().native() + "/"};
+  Paths prefixes{pattern[0] == '/' ? "/" : fs::current_path().native() + "/"};
   for (int k = 1; k <= count; ++k) {
     const std::string c = static_cast<const char*>(components[k]);
     const std::string slash = k < count ? "/" : "";
     Paths next;
     for (const std::string& p : prefixes) {
-      struct stat info;
+      std::error_code error;  // an iterator that cannot start is at its end
       if (c.find('*') == std::string::npos) {
-        if (stat((p + c).c_str(), &info) == 0) next.push_back(p + c + slash);
-      } else if (DIR* stream = opendir(p.c_str())) {
-        while (const dirent* entry = readdir(stream)) {
-          const std::string e = entry->d_name;
-          if (e != "." && e != ".." && TestMatch(e, c)) next.push_back(p + e + slash);
-        }
-        closedir(stream);
+        if (fs::exists(p + c, error)) next.push_back(p + c + slash);
+        continue;
+      }
+      for (const auto& entry : fs::directory_iterator(p, error)) {
+        const std::string e = entry.path().filename();
+        if (TestMatch(e, c)) next.push_back(p + e + slash);
       }
     }
     prefixes = next;
@@ -195,32 +194,33 @@ TEST(DirectoryReading, NamesNeverLeadOutOfTheTree) {
   EXPECT_EQ(ReadRecursive(dir / "t"), Below(dir, {"t/a/f", "t/g"}));
 }
 
-TEST(DirectoryReading, LinkCycleEndsWhereTheSystemRefuses) {
-  const TempDir dir;
-  dir.Write("t/f", "");
-  std::filesystem::create_directory_symlink(".", dir / "t/me");
-  const Paths files = ReadRecursive(dir / "t");
-  EXPECT_EQ(files, ReadRecursiveStepwise(dir / "t"));
-  EXPECT_EQ(files.size(), 42u);  // f at 41 levels, and the link that is one too many
-}
+TEST_F(NastyTree, LinkCyclesAndEndlessPathsEndWhereTheSystemRefuses) {
+  std::filesystem::create_directory_symlink(".", "empty/me");
+  EXPECT_EQ(ReadRecursive("empty"), ReadRecursiveStepwise("empty"));
+  EXPECT_EQ(ReadRecursive("empty").size(), 1u);  // the link that is one too many
 
-TEST(DirectoryReading, TreeDeeperThanAPathEndsAtTheLongestPath) {
-  const TempDir dir;
-  const std::filesystem::path old = std::filesystem::current_path();
-  std::filesystem::current_path(dir.Path());
+  const std::string piece(200, 'd');
+  std::filesystem::create_directory("long");
+  std::filesystem::current_path("long");
   for (int i = 0; i < 22; ++i) {
-    std::filesystem::create_directory(std::string(200, 'd'));
-    std::filesystem::current_path(std::string(200, 'd'));
+    std::filesystem::create_directory(piece);
+    std::filesystem::current_path(piece);
     std::ofstream("f").close();
   }
-  std::filesystem::current_path(old);
-  EXPECT_EQ(ReadRecursive(dir.Path()), ReadRecursiveStepwise(dir.Path()));
-  EXPECT_EQ(ReadRecursive(dir.Path()).size(), 21u);  // the last is a directory stat cannot reach
+  std::filesystem::current_path(_dir.Path());
+  const Paths files = ReadRecursive(_dir / "long");
+  EXPECT_EQ(files, ReadRecursiveStepwise(_dir / "long"));
+  EXPECT_TRUE(files.size() > 10 && files.size() < 22);  // by the length of the path so far
 }
 
 TEST(DirectoryReading, UnreadableAndUnsearchableDirectories) {
+  const std::filesystem::path temporary = std::filesystem::temp_directory_path();
   const bool isRoot = geteuid() == 0;
   ASSERT_EQ(isRoot ? seteuid(65534) : 0, 0);  // root may read everything
+  if (euidaccess(temporary.c_str(), W_OK | X_OK) != 0) {
+    ASSERT_EQ(seteuid(0), 0);
+    GTEST_SKIP() << "only root may write to the temporary directory";
+  }
   {
     const TempDir dir;
     for (const char* file : {"unread/f", "unsearch/f", "unsearch/sub/f"}) dir.Write(file, "");
