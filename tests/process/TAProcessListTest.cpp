@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "process/InProcess.h"
+#include "support/InProcess.h"
 #include "support/TempDir.h"
 
 namespace {

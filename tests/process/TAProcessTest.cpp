@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "base/VorListValVorString.h"
-#include "process/InProcess.h"
+#include "support/InProcess.h"
 #include "support/TempDir.h"
 
 namespace {

@@ -1,5 +1,5 @@
-#ifndef VOR_TESTS_PROCESS_INPROCESS_H
-#define VOR_TESTS_PROCESS_INPROCESS_H
+#ifndef VOR_TESTS_SUPPORT_INPROCESS_H
+#define VOR_TESTS_SUPPORT_INPROCESS_H
 
 #include <stdio.h>
 #include <sys/wait.h>
@@ -20,4 +20,4 @@ int InProcess(Body body) {
   return waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-#endif  // VOR_TESTS_PROCESS_INPROCESS_H
+#endif  // VOR_TESTS_SUPPORT_INPROCESS_H

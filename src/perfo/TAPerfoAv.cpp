@@ -1,0 +1,41 @@
+#include "perfo/TAPerfoAv.h"
+
+#include <algorithm>
+
+#include "perfo/PerfoFormat.h"
+#include "thread/LockHolder.h"
+
+TAPerfoAv::TAPerfoAv() = default;
+
+TAPerfoAv::TAPerfoAv(const VorString& name) : TAPerfo(name) {}
+
+TAPerfoAv::TAPerfoAv(const VorString& name, int length)
+    : TAPerfo(name), _length(std::max(length, 1)) {}
+
+TAPerfoAv::~TAPerfoAv() = default;
+
+void TAPerfoAv::SetLength(int length) {
+  {
+    const vor::LockHolder holder(_lock);
+    _length = std::max(length, 1);
+  }
+  Reset();
+}
+
+void TAPerfoAv::Reset() {
+  const vor::LockHolder holder(_lock);
+  _start = time(nullptr);
+}
+
+void TAPerfoAv::Count(int n) {
+  const vor::LockHolder holder(_lock);
+  Add(n);
+}
+
+void TAPerfoAv::Report(VorString& line) noexcept {
+  const vor::LockHolder holder(_lock);
+  const time_t now = time(nullptr);
+  const long long weighted = static_cast<long long>(Total()) * _length;
+  const int rate = _start < now ? static_cast<int>(weighted / (now - _start)) : 0;
+  line = _name + " " + countToStr(rate) + " per " + lengthToStr(_length) + ", " + TotalInTime(now);
+}

@@ -1,0 +1,49 @@
+#ifndef VOR_SOCKET_SOCKETIO_H
+#define VOR_SOCKET_SOCKETIO_H
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <memory>
+
+struct iovec;
+
+namespace vor {
+
+/// recv() repeated when a signal interrupts it: the bytes received, 0 when the peer has closed, -1
+/// on an error.
+ssize_t ReceiveSome(int fd, void* buffer, std::size_t size);
+
+/// Sends all bytes of the pieces, which are changed on the way.  False on an error or if the peer
+/// has closed.  Raises no signal.
+bool SendAll(int fd, iovec* pieces, std::size_t count);
+
+enum class Wait { kReady, kTimeOut, kError, kNotReady };
+
+/// Waits until \a fd can be read or accepts, for at most \a seconds, however often signals
+/// interrupt it.
+Wait WaitForInput(int fd, int seconds);
+
+/// Bytes received ahead of what was asked for, so that many small records cost one system call.
+class ReceiveBuffer {
+ public:
+  ReceiveBuffer();
+
+  bool IsEmpty() const { return _begin == _end; }
+  /// Forgets what is held.
+  void Clear() { _begin = _end = 0; }
+
+  /// Receives \a size bytes; false if the peer closes before or an error occurs.
+  bool Receive(int fd, void* out, std::size_t size);
+
+ private:
+  static constexpr std::size_t kRoom = 1 << 16;
+
+  std::unique_ptr<char[]> _bytes;
+  std::size_t _begin = 0;  // of what is held, in _bytes
+  std::size_t _end = 0;
+};
+
+}  // namespace vor
+
+#endif  // VOR_SOCKET_SOCKETIO_H

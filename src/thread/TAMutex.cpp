@@ -1,0 +1,116 @@
+#include "thread/TAMutex.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <stdio.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <string>
+
+#include "base/PosixFile.h"
+
+namespace {
+
+constexpr std::size_t kFileSize = 64;
+static_assert(sizeof(pthread_mutex_t) <= kFileSize);
+
+// Gives up a mapping of a mutex; null is none.
+void Unmap(void* mutex) {
+  if (mutex != nullptr) munmap(mutex, sizeof(pthread_mutex_t));
+}
+
+// Null, with the reason in errno, if that fails or the file is too short to be touched safely.
+void* Map(const vor::FileDescriptor& file) {
+  struct stat info;
+  if (!file.IsOpen() || fstat(file.Get(), &info) != 0) return nullptr;
+  if (!S_ISREG(info.st_mode) || info.st_size < static_cast<off_t>(kFileSize)) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  void* const mapped =
+      mmap(nullptr, sizeof(pthread_mutex_t), PROT_READ | PROT_WRITE, MAP_SHARED, file.Get(), 0);
+  return mapped == MAP_FAILED ? nullptr : mapped;
+}
+
+bool Initialise(void* memory) {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT);
+  pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+  pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+  const int error = pthread_mutex_init(static_cast<pthread_mutex_t*>(memory), &attributes);
+  pthread_mutexattr_destroy(&attributes);
+  errno = error;
+  return error == 0;
+}
+
+// Fills a new file with an unlocked mutex.
+bool WriteMutex(const vor::FileDescriptor& file) {
+  const char zeros[kFileSize] = {};
+  if (!file.IsOpen() || !vor::WriteAll(file.Get(), zeros, sizeof zeros)) return false;
+  if (fchmod(file.Get(), 0777) != 0) return false;
+  void* const memory = Map(file);
+  if (memory == nullptr) return false;
+  const bool isMade = Initialise(memory);
+  Unmap(memory);
+  return isMade;
+}
+
+// A name beside the final one that no other thread or process uses.
+std::string TemporaryName(const char* path) {
+  static std::atomic<unsigned> counter{0};
+  return std::string(path) + "." + std::to_string(getpid()) + "." + std::to_string(++counter);
+}
+
+}  // namespace
+
+TAMutex::TAMutex(const VorString& name) : _path(TAFileName("/tmp") + ("TAMutex" + name)) {
+  CreateSharedMemory();
+  Open();
+}
+
+TAMutex::~TAMutex() {
+  Unmap(_mutex);
+}
+
+int TAMutex::CreateSharedMemory() {
+  if (_path.IsFile() != 0) return 1;
+  const std::string temporary = TemporaryName(_path);
+  constexpr int kNewFile = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
+  const vor::FileDescriptor file = vor::OpenFile(temporary.c_str(), kNewFile, 0600);
+  bool isMade = WriteMutex(file);
+  // Unlike rename, link leaves alone what another process has put there meanwhile.
+  if (isMade) isMade = link(temporary.c_str(), _path) == 0 || errno == EEXIST;
+  if (!isMade) perror("TAMutex shared memory creation : mmap failed");
+  if (file.IsOpen()) unlink(temporary.c_str());
+  return isMade ? 1 : -1;
+}
+
+void TAMutex::Open() {
+  _mutex = Map(vor::OpenFile(_path, O_RDWR | O_NOFOLLOW));
+  if (_mutex != nullptr) return;
+  perror("TAMutex::TAMutex()@mmap");
+  printf("TAMutex init failed : mmap error\n");
+}
+
+int TAMutex::Lock() {
+  if (_mutex == nullptr) {
+    printf("mutex not initialized.\n");
+    return -1;
+  }
+  auto* const mutex = static_cast<pthread_mutex_t*>(_mutex);
+  const int result = pthread_mutex_lock(mutex);
+  return result == EOWNERDEAD ? pthread_mutex_consistent(mutex) : result;
+}
+
+int TAMutex::Unlock() {
+  if (_mutex == nullptr) {
+    printf("mutex not initialized.\n");
+    return -1;
+  }
+  return pthread_mutex_unlock(static_cast<pthread_mutex_t*>(_mutex));
+}

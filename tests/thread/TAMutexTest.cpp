@@ -1,0 +1,108 @@
+#include "thread/TAMutex.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/InProcess.h"
+
+namespace {
+
+// A mutex name of this test alone, whose file goes away with it.
+class TAMutexFile : public testing::Test {
+ protected:
+  ~TAMutexFile() override { std::filesystem::remove(_path); }
+
+  const std::string _name = "_test_" + std::to_string(getpid());
+  const std::string _path = "/tmp/TAMutex" + _name;
+};
+
+// A number that all processes share.
+volatile int* SharedInt() {
+  return static_cast<volatile int*>(
+      mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+}
+
+}  // namespace
+
+TEST_F(TAMutexFile, IsMadeOnceOpenToAllAndStays) {
+  struct stat first, second;
+  {
+    TAMutex mutex(VorString(_name.c_str()));
+    ASSERT_EQ(stat(_path.c_str(), &first), 0);
+    EXPECT_EQ(mutex.CreateSharedMemory(), 1);
+    EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
+  }
+  TAMutex again(VorString(_name.c_str()));
+  ASSERT_EQ(stat(_path.c_str(), &second), 0);
+  EXPECT_EQ(first.st_size, 64);
+  EXPECT_EQ(first.st_mode & 07777, 0777u);
+  EXPECT_EQ(first.st_ino, second.st_ino);
+}
+
+// Processes that make the mutex at the same moment, and then count together.
+TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
+  volatile int* const count = SharedInt();
+  volatile int* const ready = SharedInt();
+  std::vector<pid_t> children;
+  for (int i = 0; i < 4; ++i) {
+    children.push_back(fork());
+    if (children.back() != 0) continue;
+    while (*ready == 0) {
+    }
+    TAMutex mutex(VorString(_name.c_str()));
+    for (int k = 0; k < 5000; ++k) {
+      if (mutex.Lock() != 0) _exit(1);
+      *count = *count + 1;
+      mutex.Unlock();
+    }
+    _exit(0);
+  }
+  *ready = 1;
+  for (const pid_t child : children) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(*count, 20000);
+  for (const auto& entry : std::filesystem::directory_iterator("/tmp")) {
+    EXPECT_EQ(entry.path().native().find(_path + "."), std::string::npos) << entry;
+  }
+}
+
+TEST_F(TAMutexFile, SurvivesAnOwnerThatDies) {
+  EXPECT_EQ(InProcess([this] {
+              TAMutex mutex(VorString(_name.c_str()));
+              mutex.Lock();
+              raise(SIGKILL);
+              return 0;
+            }),
+            -1);
+  TAMutex mutex(VorString(_name.c_str()));
+  EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
+}
+
+TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
+  std::ofstream(_path) << "short";  // touching it beyond its end would be fatal
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  TAMutex tooShort(VorString(_name.c_str()));
+  EXPECT_EQ(tooShort.Lock() + tooShort.Unlock(), -2);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "TAMutex init failed : mmap error\nmutex not initialized.\nmutex not initialized.\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "TAMutex::TAMutex()@mmap: Invalid argument\n");
+
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(TAMutex("/no/such/folder").CreateSharedMemory(), -1);
+  testing::internal::GetCapturedStdout();
+  EXPECT_NE(
+      testing::internal::GetCapturedStderr().find("TAMutex shared memory creation : mmap failed: "),
+      std::string::npos);
+}

@@ -1,0 +1,124 @@
+#include "thread/TAThread.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/InProcess.h"
+
+namespace {
+
+std::atomic<int> calls{0};
+
+void CountCall(int, const char**) {
+  ++calls;
+}
+
+// A thread that tells when it is deleted.
+class Watched : public TAThread {
+ public:
+  explicit Watched(std::atomic<int>& deleted) : TAThread(CountCall), _deleted(deleted) {}
+  ~Watched() override { ++_deleted; }
+
+ private:
+  std::atomic<int>& _deleted;
+};
+
+}  // namespace
+
+TEST(TAThread, GivesItsFunctionTheArguments) {
+  static std::string seen;
+  TAThread thread;
+  EXPECT_STREQ(thread.SetArgs("gone", nullptr)[0], "gone");
+  const char** args = thread.SetArgs(
+      [](int argc, const char** argv) {
+        seen = std::to_string(argc) + argv[0] + argv[1] + (argv[2] == nullptr ? "|" : argv[2]);
+      },
+      "a", "b", nullptr, "not this");
+  EXPECT_TRUE(std::string(args[1]) == "b" && args[2] == nullptr);
+  EXPECT_EQ(thread.Start(), 0);
+  TAThread::WaitForAll();
+  EXPECT_EQ(seen, "2ab|");
+}
+
+TEST(TAThread, CountsANullFirstArgument) {
+  static std::atomic<int> count{-1};
+  TAThread thread([](int argc, const char** argv) { count = argv[0] == nullptr ? argc : 9; });
+  const char** args = thread.SetArgs(nullptr, nullptr);
+  EXPECT_TRUE(args[0] == nullptr && args[1] == nullptr);
+  thread.Start();
+  TAThread::WaitForAll();
+  EXPECT_EQ(count, 1);
+}
+
+TEST(TAThread, WaitsForManyAndForThoseThatTheyStart) {
+  calls = 0;
+  TAThread::WaitForAll();  // for none
+  std::vector<std::unique_ptr<TAThread>> threads;
+  for (int i = 0; i < 20; ++i) {
+    threads.push_back(std::make_unique<TAThread>([](int, const char**) {
+      ++calls;
+      (new TAThread(CountCall))->StartDetach();
+    }));
+    EXPECT_EQ(threads.back()->Start(), 0);
+  }
+  TAThread::WaitForAll();
+  EXPECT_EQ(calls, 40);
+}
+
+TEST(TAThread, DeletesTheDetachedOnes) {
+  std::atomic<int> deleted{0};
+  for (int i = 0; i < 5; ++i) EXPECT_EQ((new Watched(deleted))->StartDetach(), 0);
+  TAThread::WaitForAll();
+  EXPECT_EQ(deleted, 5);
+
+  calls = 0;
+  (new Watched(deleted))->StartDetach();
+  while (deleted < 6) TAThread();  // each of which cleans up
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(TAThread, WithoutAFunctionSaysSo) {
+  testing::internal::CaptureStdout();
+  TAThread thread;
+  thread.Start();
+  TAThread::WaitForAll();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "TAThread::Run No function to run !\n");
+}
+
+TEST(TAThread, TellsWhenThereIsNoThreadToBeHad) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers need the memory that is taken away";
+#endif
+  signal(SIGCHLD, SIG_DFL);  // earlier threads have had it ignored
+  EXPECT_EQ(InProcess([] {
+              const rlimit little = {64u << 20, 64u << 20};
+              const rlimit largeStack = {1u << 30, 1u << 30};
+              setrlimit(RLIMIT_STACK, &largeStack);
+              setrlimit(RLIMIT_AS, &little);
+              TAThread thread(CountCall);
+              return thread.Start();
+            }),
+            1);
+}
+
+TEST(TAThread, ThoseThatOutliveTheProcessLeaveItInPeace) {
+  signal(SIGCHLD, SIG_DFL);
+  EXPECT_EQ(InProcess([] {
+              calls = 0;
+              TAThread::exitCalled();
+              TAThread* const late = new TAThread(CountCall);
+              late->Start();
+              // It keeps the account locked, so nothing may be asked of it any more.
+              while (calls == 0) {
+              }
+              return 0;
+            }),
+            0);
+}
