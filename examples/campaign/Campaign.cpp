@@ -118,19 +118,23 @@ class Runner {
 
 }  // namespace
 
+std::string MakeLogFile(const std::string& name, const std::string& folder, std::string* logFile) {
+  *logFile = folder + "/" + name + ".log";
+  TAFileName parent = TAFileName(logFile->c_str()).dirname(1);
+  errno = 0;
+  if (!parent.IsNull() && parent.CreateRecursiveDirectory() != 0 && !parent.IsDirectory()) {
+    return "cannot make the folder " + std::string(parent) + ": " + strerror(errno);
+  }
+  return std::ofstream(*logFile) ? "" : "cannot write " + *logFile + ": " + strerror(errno);
+}
+
 std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& folder,
                          std::vector<std::string>* logFiles) {
-  for (const Test& test : tests) {
-    const std::string path = folder + "/" + test.name + ".log";
-    TAFileName parent = TAFileName(path.c_str()).dirname(1);
-    errno = 0;
-    if (!parent.IsNull() && parent.CreateRecursiveDirectory() != 0 && !parent.IsDirectory()) {
-      return "cannot make the folder " + std::string(parent) + ": " + strerror(errno);
-    }
-    if (!std::ofstream(path)) return "cannot write " + path + ": " + strerror(errno);
-    logFiles->push_back(path);
+  std::string problem;
+  for (std::size_t i = 0; i < tests.size() && problem.empty(); ++i) {
+    problem = MakeLogFile(tests[i].name, folder, &logFiles->emplace_back());
   }
-  return "";
+  return problem;
 }
 
 std::vector<TestResult> RunCampaign(const std::vector<Test>& tests, const Limits& limits,

@@ -17,9 +17,11 @@ struct Limits {
   int timeout = 0;  ///< seconds for each test; 0 for no limit
 };
 
-/// Makes the log file `name.log` of every test below \a folder, and the folders it needs, so that
-/// nothing has to be refused once tests run.  Returns "" and one path for each test, or one line
-/// that says what went wrong.
+/// Makes the log file `name.log` of a test below \a folder, and the folders it needs.  Returns ""
+/// and its path, or one line that says what went wrong.
+std::string MakeLogFile(const std::string& name, const std::string& folder, std::string* logFile);
+
+/// The same for every test, so that nothing has to be refused once tests run.
 std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& folder,
                          std::vector<std::string>* logFiles);
 

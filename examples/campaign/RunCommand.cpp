@@ -1,5 +1,3 @@
-#include "RunCommand.h"
-
 #include <errno.h>
 #include <stdio.h>
 #include <string.h>
@@ -8,19 +6,15 @@
 #include <fstream>
 
 #include "Campaign.h"
+#include "Commands.h"
 #include "Interrupt.h"
 #include "JUnitReport.h"
+#include "Options.h"
 #include "Progress.h"
 #include "Report.h"
-#include "RunOptions.h"
 
 namespace campaign {
 namespace {
-
-int Refuse(const std::string& problem) {
-  fprintf(stderr, "campaign: %s\n", problem.c_str());
-  return kBadInput;
-}
 
 // Opened before anything runs: a report that cannot be written should not cost a campaign.
 std::string OpenJUnitFile(const std::string& path, std::ofstream* file) {
@@ -32,12 +26,12 @@ std::string OpenJUnitFile(const std::string& path, std::ofstream* file) {
 }  // namespace
 
 int RunCommand(int argc, char** argv) {
-  RunOptions options;
-  std::string problem = ParseRunOptions(argc, argv, &options);
+  Options options;
+  std::string problem = ParseOptions(Command::kRun, argc, argv, &options);
   if (!problem.empty()) return Refuse(problem + " (see campaign run --help)");
   if (options.wantsHelp) {
-    fputs(RunHelp().c_str(), stdout);
-    return 0;
+    fputs(HelpFor(Command::kRun).c_str(), stdout);
+    return kAllPassed;
   }
 
   std::vector<Test> all;
@@ -58,7 +52,8 @@ int RunCommand(int argc, char** argv) {
   CatchInterrupts();
   const auto start = std::chrono::steady_clock::now();
   Progress progress(static_cast<int>(tests.size()));
-  const std::vector<TestResult> results = RunCampaign(tests, options.limits, logFiles, &progress);
+  const std::vector<TestResult> results =
+      RunCampaign(tests, options.GetLimits(), logFiles, &progress);
   progress.Finish();
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

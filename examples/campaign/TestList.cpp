@@ -16,17 +16,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 
-// The name becomes a file name below the results folder, so every step of it must lead down.
-bool IsSafeName(const std::string& name) {
-  if (name.front() == '/' || name.back() == '/') return false;
-  VorListValVorString steps;
-  Split(VorString(name), steps, "/");
-  for (int i = 1; i <= steps.Size(); ++i) {
-    if (steps[i] == "." || steps[i] == "..") return false;
-  }
-  return name.find("//") == std::string::npos && name.find('\\') == std::string::npos;
-}
-
 // Takes a line apart; "" or what is wrong with it.
 std::string ParseLine(std::string_view line, Test* test) {
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
@@ -40,6 +29,19 @@ std::string ParseLine(std::string_view line, Test* test) {
 }
 
 }  // namespace
+
+bool IsSafeName(const std::string& name) {
+  if (name.empty() || name.front() == '/' || name.back() == '/') return false;
+  for (const char c : name) {
+    if (static_cast<unsigned char>(c) < ' ' || c == '\\' || c == '\x7f') return false;
+  }
+  VorListValVorString steps;
+  Split(VorString(name), steps, "/");
+  for (int i = 1; i <= steps.Size(); ++i) {
+    if (steps[i] == "." || steps[i] == "..") return false;
+  }
+  return name.find("//") == std::string::npos;
+}
 
 // Read with getline and not with the library's ReadFile: a list may hold names beyond ASCII and
 // long commands, and its last line counts even without a newline.

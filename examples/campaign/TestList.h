@@ -12,6 +12,10 @@ struct Test {
   std::string command;  ///< as TAProcess::Start takes it
 };
 
+/// True if a name can become a file name below a folder and be shown: no step of it leads up or
+/// out, and it holds no control characters.
+bool IsSafeName(const std::string& name);
+
 /// Reads the test list \a path: one test a line, comment lines as IsComment tells them.  Returns
 /// "" and the tests in the order of the file, or one line that says what is wrong with it.
 std::string LoadTestList(const std::string& path, std::vector<Test>* tests);

@@ -3,14 +3,16 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "RunCommand.h"
+#include "Commands.h"
 
 namespace {
 
 constexpr const char* kHelp =
     "usage: campaign COMMAND ...\n"
     "\n"
-    "  campaign run     run tests on this machine\n"
+    "  campaign run       run tests on this machine\n"
+    "  campaign serve     run tests for whoever asks over the network\n"
+    "  campaign request   have a server run tests\n"
     "\n"
     "campaign COMMAND --help tells more.\n";
 
@@ -18,6 +20,8 @@ constexpr const char* kHelp =
 
 int main(int argc, char** argv) {
   if (argc >= 2 && strcmp(argv[1], "run") == 0) return campaign::RunCommand(argc, argv);
+  if (argc >= 2 && strcmp(argv[1], "serve") == 0) return campaign::ServeCommand(argc, argv);
+  if (argc >= 2 && strcmp(argv[1], "request") == 0) return campaign::RequestCommand(argc, argv);
   if (argc == 2 && strcmp(argv[1], "--help") == 0) {
     fputs(kHelp, stdout);
     return campaign::kAllPassed;

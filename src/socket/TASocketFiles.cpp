@@ -23,7 +23,8 @@
 namespace {
 
 constexpr std::size_t kHeaderSize = 4;
-constexpr std::size_t kBatchBlocks = 16;    // blocks read and sent at once
+constexpr std::size_t kBatchBlocks = 16;  // blocks read and sent at once
+constexpr std::size_t kLargeBuffer = 1 << 15;
 constexpr std::size_t kOutBlock = 1 << 16;  // bytes written to a file at once
 constexpr char kCarriageReturn = 13;
 
@@ -97,6 +98,7 @@ int TASocket::AppendFile(int fd, long long& total) {
 // block after the other would give.
 int TASocket::SendWholeBlocks(int fd, long long& total) {
   const std::size_t blockSize = _bufferSize - kHeaderSize;
+  if (_bufferSize > kLargeBuffer) return 0;  // one block is as good as many
   struct stat info;
   if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) return 0;
   const auto isWorthIt = [&] {

@@ -1,0 +1,180 @@
+#include "Options.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace campaign {
+namespace {
+
+// Sets of commands.
+constexpr unsigned kRun = 1, kServe = 2, kRequest = 4;
+
+struct Known {
+  const char* name;
+  unsigned commands;  // that take it
+  unsigned needs;     // that cannot do without it
+  const char* value;  // as the help names it
+  std::string Options::*text;
+  int Options::*number;
+  int smallest = 0;
+  int largest = INT_MAX;
+};
+
+constexpr Known kKnown[] = {
+    {"tests", kRun | kServe, kRun | kServe, "FILE", &Options::testList, nullptr},
+    {"jobs", kRun | kServe, 0, "N", nullptr, &Options::jobs, 1},
+    {"timeout", kRun | kServe | kRequest, 0, "SECONDS", nullptr, &Options::timeout},
+    {"results", kRun | kServe, 0, "DIR", &Options::resultsFolder, nullptr},
+    {"junit", kRun, 0, "FILE", &Options::junitFile, nullptr},
+    {"host", kRequest, kRequest, "HOST", &Options::host, nullptr},
+    {"port", kServe | kRequest, kServe | kRequest, "PORT", nullptr, &Options::port, 0, 65535},
+    {"requests", kServe, 0, "N", nullptr, &Options::requests},
+    {"token", kServe | kRequest, 0, "FILE", &Options::tokenFile, nullptr},
+    {"out", kRequest, 0, "DIR", &Options::outFolder, nullptr},
+};
+
+// What getopt gives for an option: its place in kKnown, behind these.
+constexpr int kHelp = 1000;
+constexpr int kFirstKnown = 1001;
+
+unsigned SetOf(Command command) {
+  return command == Command::kRun ? kRun : command == Command::kServe ? kServe : kRequest;
+}
+
+// "" or what is wrong with the value.
+std::string Store(const Known& known, std::string_view text, Options* options) {
+  if (known.text != nullptr) {
+    options->*known.text = text;
+    return "";
+  }
+  int parsed = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+  if (error == std::errc() && end == text.data() + text.size() && parsed >= known.smallest &&
+      parsed <= known.largest) {
+    options->*known.number = parsed;
+    return "";
+  }
+  const std::string upTo =
+      known.largest == INT_MAX ? " on" : " to " + std::to_string(known.largest);
+  return "--" + std::string(known.name) + " takes a whole number from " +
+         std::to_string(known.smallest) + upTo + ", not '" + std::string(text) + "'";
+}
+
+constexpr const char* kRunHelp =
+    "usage: campaign run --tests FILE [OPTION]... EXPRESSION\n"
+    "\n"
+    "Runs the tests of FILE whose names EXPRESSION selects, several at once.\n"
+    "\n"
+    "  --tests FILE      the list: one test a line, 'name command...'; lines that\n"
+    "                    begin with # and empty lines are comments.  The command is\n"
+    "                    split at blanks, double quotes hold an argument together;\n"
+    "                    no shell is involved\n"
+    "  --jobs N          tests that run at once (default: one for each processor)\n"
+    "  --timeout SECONDS kill a test with all its processes after this time, with\n"
+    "                    result 99 (default: 0, no limit)\n"
+    "  --results DIR     keep the output of each test in DIR/name.log (default: it is\n"
+    "                    thrown away)\n"
+    "  --junit FILE      write the results as JUnit XML too\n"
+    "  --help            show this text\n";
+
+constexpr const char* kServeHelp =
+    "usage: campaign serve --port PORT --tests FILE [OPTION]...\n"
+    "\n"
+    "Runs tests of FILE for whoever asks with 'campaign request', one request after the\n"
+    "other, and sends back the results and the output of each test.\n"
+    "\n"
+    "Anyone who reaches the port can have these tests run, unless there is a token.  The\n"
+    "transport is NOT ENCRYPTED: requests, the token and the results can be read on the\n"
+    "network.\n"
+    "\n"
+    "  --port PORT       where to listen, on all addresses; 0 for any free port, which\n"
+    "                    is shown\n"
+    "  --tests FILE, --jobs N, --timeout SECONDS\n"
+    "                    as for 'campaign run'\n"
+    "  --results DIR     keep the output in DIR/name.log (default: only while it is sent)\n"
+    "  --requests N      end after this many requests (default: 0, go on)\n"
+    "  --token FILE      refuse requests that do not carry the content of this file\n"
+    "  --help            show this text\n"
+    "\n"
+    "Exit status: 0 ended, 1 interrupted, 2 wrong usage, unreadable input or no port.\n";
+
+constexpr const char* kRequestHelp =
+    "usage: campaign request --host HOST --port PORT [OPTION]... EXPRESSION\n"
+    "\n"
+    "Has the tests that EXPRESSION selects run by a 'campaign serve', and shows the\n"
+    "results.  The transport is NOT ENCRYPTED.\n"
+    "\n"
+    "  --host HOST --port PORT\n"
+    "                    where the server is\n"
+    "  --timeout SECONDS keep trying to reach the server, and wait for the results, for\n"
+    "                    this time each (default: one attempt, no limit on the results)\n"
+    "  --out DIR         store the output of each test in DIR/name.log\n"
+    "  --token FILE      carry the content of this file, as the server wants\n"
+    "  --help            show this text\n";
+
+constexpr const char* kExpressionHelp =
+    "\n"
+    "EXPRESSION is made of patterns in which * stands for any text, of && or ||, !\n"
+    "and parentheses: '*' is everything, 'unit/*&&!*slow*' the quick unit tests.\n"
+    "\n";
+
+constexpr const char* kStatusHelp =
+    "Exit status: 0 all passed, 1 some did not, 2 wrong usage or unreadable input";
+
+}  // namespace
+
+std::string HelpFor(Command command) {
+  if (command == Command::kServe) return kServeHelp;
+  if (command == Command::kRequest) {
+    return std::string(kRequestHelp) + kExpressionHelp + kStatusHelp +
+           ",\n3 the server could not be reached or broke off.\n";
+  }
+  return std::string(kRunHelp) + kExpressionHelp +
+         "Ctrl-C kills every running test with its processes and still shows the results.\n\n" +
+         kStatusHelp + ".\n";
+}
+
+std::string ParseOptions(Command command, int argc, char** argv, Options* options) {
+  options->jobs = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+  const unsigned self = SetOf(command);
+  std::vector<option> accepted = {{"help", no_argument, nullptr, kHelp}};
+  for (std::size_t i = 0; i < std::size(kKnown); ++i) {
+    if ((kKnown[i].commands & self) == 0) continue;
+    accepted.push_back(
+        {kKnown[i].name, required_argument, nullptr, kFirstKnown + static_cast<int>(i)});
+  }
+  accepted.push_back({nullptr, 0, nullptr, 0});
+
+  unsigned long given = 0;  // bits by place in kKnown
+  opterr = 0;
+  for (int found; (found = getopt_long(argc, argv, ":", accepted.data(), nullptr)) != -1;) {
+    if (found == kHelp) {
+      options->wantsHelp = true;
+      return "";
+    }
+    if (found == ':') return std::string(argv[optind - 1]) + " needs a value";
+    if (found < kFirstKnown) return "unknown option " + std::string(argv[optind - 1]);
+    const auto place = static_cast<std::size_t>(found - kFirstKnown);
+    given |= 1ul << place;
+    std::string problem = Store(kKnown[place], optarg, options);
+    if (!problem.empty()) return problem;
+  }
+  for (std::size_t i = 0; i < std::size(kKnown); ++i) {
+    if ((kKnown[i].needs & self) == 0 || (given >> i & 1) != 0) continue;
+    return "--" + std::string(kKnown[i].name) + " " + kKnown[i].value + " is missing";
+  }
+
+  const int words = argc - optind - 1;  // without the command itself
+  if (command == Command::kServe) return words == 0 ? "" : "serve takes no expression";
+  if (words != 1) return words < 1 ? "the expression is missing" : "more than one expression";
+  options->expression = argv[optind + 1];
+  return "";
+}
+
+}  // namespace campaign

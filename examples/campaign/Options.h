@@ -1,0 +1,39 @@
+#ifndef VOR_EXAMPLES_CAMPAIGN_OPTIONS_H
+#define VOR_EXAMPLES_CAMPAIGN_OPTIONS_H
+
+#include <string>
+
+#include "Campaign.h"
+
+namespace campaign {
+
+enum class Command { kRun, kServe, kRequest };
+
+/// What a command line says.  Each command uses some of it.
+struct Options {
+  std::string testList;
+  std::string expression;
+  std::string resultsFolder;  ///< "" if output is not kept
+  std::string junitFile;      ///< "" for none
+  std::string host;
+  std::string tokenFile;  ///< "" for none
+  std::string outFolder;  ///< "" if result files are thrown away
+  int port = 0;
+  int requests = 0;  ///< to be served; 0 for no limit
+  int jobs = 1;
+  int timeout = 0;  ///< seconds; 0 for no limit
+  bool wantsHelp = false;
+
+  Limits GetLimits() const { return {jobs, timeout}; }
+};
+
+/// The help text of a command.
+std::string HelpFor(Command command);
+
+/// Reads the arguments behind `campaign`, the first one being the command.  Returns "" or one line
+/// that says what is wrong with them.
+std::string ParseOptions(Command command, int argc, char** argv, Options* options);
+
+}  // namespace campaign
+
+#endif  // VOR_EXAMPLES_CAMPAIGN_OPTIONS_H
