@@ -81,6 +81,8 @@ class Server {
       return "refused, it does not carry the token";
     }
     const std::vector<Test> selected = SelectTests(_tests, expression);
+    printf("request for %zu tests\n", selected.size());
+    fflush(stdout);
     const ResultsFolder folder(_options.resultsFolder);
     std::vector<std::string> logFiles;
     const std::string problem = MakeLogFiles(selected, folder.Path(), &logFiles);

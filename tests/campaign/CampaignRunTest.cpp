@@ -1,12 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdio.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
 
+#include "campaign/RunTool.h"
 #include "support/TempDir.h"
 
 using testing::HasSubstr;
@@ -15,26 +14,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-struct Outcome {
-  int status = -1;
-  std::string output;  // standard output and standard error
-};
-
-std::string ReadAll(FILE* stream) {
-  std::string text;
-  for (int c; (c = getc(stream)) != EOF;) text.push_back(static_cast<char>(c));
-  return text;
-}
-
-// Runs the tool through a shell.
-Outcome Campaign(const std::string& arguments) {
-  Outcome run;
-  FILE* stream = popen((VOR_CAMPAIGN " " + arguments + " 2>&1").c_str(), "r");
-  run.output = ReadAll(stream);
-  run.status = WEXITSTATUS(pclose(stream));
-  return run;
-}
 
 class CampaignRun : public testing::Test {
  protected:

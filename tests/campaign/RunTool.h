@@ -1,0 +1,29 @@
+#ifndef VOR_TESTS_CAMPAIGN_RUNTOOL_H
+#define VOR_TESTS_CAMPAIGN_RUNTOOL_H
+
+#include <stdio.h>
+#include <sys/wait.h>
+
+#include <string>
+
+struct Outcome {
+  int status = -1;
+  std::string output;  // standard output and standard error
+};
+
+inline std::string ReadAll(FILE* stream) {
+  std::string text;
+  for (int c; (c = getc(stream)) != EOF;) text.push_back(static_cast<char>(c));
+  return text;
+}
+
+/// Runs the tool campaign through a shell; \a before may set its environment.
+inline Outcome Campaign(const std::string& arguments, const std::string& before = "") {
+  Outcome run;
+  FILE* stream = popen((before + VOR_CAMPAIGN " " + arguments + " 2>&1").c_str(), "r");
+  run.output = ReadAll(stream);
+  run.status = WEXITSTATUS(pclose(stream));
+  return run;
+}
+
+#endif  // VOR_TESTS_CAMPAIGN_RUNTOOL_H
