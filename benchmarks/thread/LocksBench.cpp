@@ -2,13 +2,27 @@
 
 #include <mutex>
 #include <shared_mutex>
+#include <thread>
 
 #include "thread/TAThreadLock.h"
 #include "thread/TAThreadRWLock.h"
 
-// One thread takes and releases a free lock.
+// One of two threads takes and releases a free lock.
 
 namespace {
+
+// While a process has one thread only, the C library leaves out what makes a mutex safe; locks are
+// for processes that have more.
+struct SecondThread {
+  SecondThread() : thread([this] { mutex.lock(); }) {}
+  ~SecondThread() {
+    mutex.unlock();
+    thread.join();
+  }
+  std::mutex mutex;
+  std::unique_lock<std::mutex> held{mutex};
+  std::thread thread;
+} secondThread;
 
 void Lock(benchmark::State& state) {
   TAThreadLock lock;

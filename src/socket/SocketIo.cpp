@@ -9,8 +9,34 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <new>
+#include <utility>
 
 namespace vor {
+namespace {
+
+constexpr std::size_t kRoom = 1 << 12;  // at first
+
+// Calls put(pieces, count), which takes a part of the bytes, until all have gone.
+template <typename Put>
+bool PutAll(iovec* pieces, std::size_t count, Put put) {
+  for (;;) {
+    while (count > 0 && pieces->iov_len == 0) ++pieces, --count;
+    if (count == 0) return true;
+    const ssize_t taken = put(pieces, count);
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken <= 0) return false;
+    for (auto left = static_cast<std::size_t>(taken); left > 0;) {
+      const std::size_t part = std::min(left, pieces->iov_len);
+      pieces->iov_base = static_cast<char*>(pieces->iov_base) + part;
+      pieces->iov_len -= part;
+      left -= part;
+      if (pieces->iov_len == 0) ++pieces, --count;
+    }
+  }
+}
+
+}  // namespace
 
 ssize_t ReceiveSome(int fd, void* buffer, std::size_t size) {
   for (;;) {
@@ -20,23 +46,18 @@ ssize_t ReceiveSome(int fd, void* buffer, std::size_t size) {
 }
 
 bool SendAll(int fd, iovec* pieces, std::size_t count) {
-  for (;;) {
-    while (count > 0 && pieces->iov_len == 0) ++pieces, --count;
-    if (count == 0) return true;
+  return PutAll(pieces, count, [fd](iovec* first, std::size_t left) {
     msghdr message = {};
-    message.msg_iov = pieces;
-    message.msg_iovlen = count;
-    const ssize_t sent = sendmsg(fd, &message, MSG_NOSIGNAL);
-    if (sent < 0 && errno == EINTR) continue;
-    if (sent <= 0) return false;
-    for (auto left = static_cast<std::size_t>(sent); left > 0;) {
-      const std::size_t taken = std::min(left, pieces->iov_len);
-      pieces->iov_base = static_cast<char*>(pieces->iov_base) + taken;
-      pieces->iov_len -= taken;
-      left -= taken;
-      if (pieces->iov_len == 0) ++pieces, --count;
-    }
-  }
+    message.msg_iov = first;
+    message.msg_iovlen = left;
+    return sendmsg(fd, &message, MSG_NOSIGNAL);
+  });
+}
+
+bool WritePieces(int fd, iovec* pieces, std::size_t count) {
+  return PutAll(pieces, count, [fd](iovec* first, std::size_t left) {
+    return writev(fd, first, static_cast<int>(left));
+  });
 }
 
 Wait WaitForInput(int fd, int seconds) {
@@ -57,30 +78,55 @@ Wait WaitForInput(int fd, int seconds) {
   }
 }
 
-ReceiveBuffer::ReceiveBuffer() : _bytes(std::make_unique_for_overwrite<char[]>(kRoom)) {}
+ReceiveBuffer::ReceiveBuffer()
+    : _bytes(std::make_unique_for_overwrite<char[]>(kRoom)), _room(kRoom) {}
 
+// What is missing goes where it is wanted at once, and what has arrived behind it into the buffer.
 bool ReceiveBuffer::Receive(int fd, void* out, std::size_t size) {
   auto* to = static_cast<char*>(out);
-  while (size > 0) {
-    if (IsEmpty()) {
-      // What is large goes where it is wanted at once.
-      const bool isLarge = size >= kRoom;
-      const ssize_t count = ReceiveSome(fd, isLarge ? to : _bytes.get(), isLarge ? size : kRoom);
-      if (count <= 0) return false;
-      const auto received = static_cast<std::size_t>(count);
-      if (isLarge) {
-        to += received;
-        size -= received;
-        continue;
-      }
-      _begin = 0;
-      _end = received;
-    }
-    const std::size_t taken = std::min(size, _end - _begin);
-    memcpy(to, _bytes.get() + _begin, taken);
-    _begin += taken;
+  for (;;) {
+    const std::size_t taken = std::min(size, Size());
+    memcpy(to, Data(), taken);
+    Consume(taken);
     to += taken;
     size -= taken;
+    if (size == 0) return true;
+    iovec pieces[] = {{to, size}, {_bytes.get(), _room}};
+    msghdr message = {};
+    message.msg_iov = pieces;
+    message.msg_iovlen = 2;
+    const ssize_t count = recvmsg(fd, &message, 0);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    const std::size_t direct = std::min(static_cast<std::size_t>(count), size);
+    to += direct;
+    size -= direct;
+    _begin = 0;
+    _end = static_cast<std::size_t>(count) - direct;
+  }
+}
+
+bool ReceiveBuffer::Reserve(std::size_t size) {
+  if (size <= _room) return true;
+  std::unique_ptr<char[]> larger(new (std::nothrow) char[size]);
+  if (larger == nullptr) return false;
+  memcpy(larger.get(), Data(), Size());
+  _end = Size();
+  _begin = 0;
+  _bytes = std::move(larger);
+  _room = size;
+  return true;
+}
+
+bool ReceiveBuffer::Ensure(int fd, std::size_t size) {
+  if (Size() >= size) return true;
+  memmove(_bytes.get(), Data(), Size());
+  _end = Size();
+  _begin = 0;
+  while (_end < size) {
+    const ssize_t count = ReceiveSome(fd, _bytes.get() + _end, _room - _end);
+    if (count <= 0) return false;
+    _end += static_cast<std::size_t>(count);
   }
   return true;
 }

@@ -18,6 +18,9 @@ ssize_t ReceiveSome(int fd, void* buffer, std::size_t size);
 /// has closed.  Raises no signal.
 bool SendAll(int fd, iovec* pieces, std::size_t count);
 
+/// Writes all bytes of the pieces to a file, in the same way.
+bool WritePieces(int fd, iovec* pieces, std::size_t count);
+
 enum class Wait { kReady, kTimeOut, kError, kNotReady };
 
 /// Waits until \a fd can be read or accepts, for at most \a seconds, however often signals
@@ -36,10 +39,19 @@ class ReceiveBuffer {
   /// Receives \a size bytes; false if the peer closes before or an error occurs.
   bool Receive(int fd, void* out, std::size_t size);
 
- private:
-  static constexpr std::size_t kRoom = 1 << 16;
+  // For those who look at the bytes in the buffer itself.
 
+  char* Data() { return _bytes.get() + _begin; }
+  std::size_t Size() const { return _end - _begin; }
+  void Consume(std::size_t size) { _begin += size; }
+  /// Makes room for \a size bytes; false if there is no memory.
+  bool Reserve(std::size_t size);
+  /// Receives until \a size bytes are held, for which there must be room.  The bytes may move.
+  bool Ensure(int fd, std::size_t size);
+
+ private:
   std::unique_ptr<char[]> _bytes;
+  std::size_t _room;
   std::size_t _begin = 0;  // of what is held, in _bytes
   std::size_t _end = 0;
 };

@@ -157,6 +157,7 @@ class VOR_API TASocket {
   int BeginWrite();
   int CheckRecv(int timeout);
   bool Receive(void* out, std::size_t size);
+  bool ReceiveInto(std::string& text, std::size_t size);
   int ReceiveSize(int& size, const char* message);
   int ReceiveText(VorString& text);
   int ReceivePlain(int size, std::string& text);
@@ -176,7 +177,6 @@ class VOR_API TASocket {
   int AppendFile(int fd, long long& total);
   int SendWholeBlocks(int fd, long long& total);
   int ReceiveFile(const VorString& file, bool dropsReturns);
-  int ReceiveFileBlocks(int fd, bool dropsReturns);
 
   std::size_t _bufferSize;
   int _fd = 0;  // 0 if closed

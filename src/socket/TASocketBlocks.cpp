@@ -38,6 +38,17 @@ void Count(TAPerfo* counter, std::size_t bytes) {
   if (counter != nullptr) counter->Count(static_cast<int>(bytes));
 }
 
+// Tools that log texts with NULs know them cut as here: each piece of 10,240 bytes by itself.
+void CutAtNuls(std::string& text) {
+  if (text.find('\0') == std::string::npos) return;
+  std::string cut;
+  for (std::size_t at = 0; at < text.size(); at += kLargestPiece) {
+    cut.append(text.data() + at,
+               strnlen(text.data() + at, std::min(kLargestPiece, text.size() - at)));
+  }
+  text = std::move(cut);
+}
+
 }  // namespace
 
 // Reading.
@@ -87,35 +98,30 @@ int TASocket::ReceiveInteger(int& value) {
   return 0;
 }
 
+// A size is only a promise: room is made for what arrives.
+bool TASocket::ReceiveInto(std::string& text, std::size_t size) {
+  text.clear();
+  while (text.size() < size) {
+    const std::size_t start = text.size();
+    text.resize(std::min(size, start + std::max(start, kFirstRoom)));
+    if (!Receive(text.data() + start, text.size() - start)) return false;
+  }
+  return true;
+}
+
 // The text ends at its first NUL, as the C strings of the peers do.
 int TASocket::ReceiveString(std::string& text) {
   int length = 0;
   if (ReceiveInteger(length) != 0) return 1;
   if (length < 0) return Fail(kNoSize);
-  // The length is only a promise: room is made for what arrives.
-  const auto size = static_cast<std::size_t>(length);
-  text.clear();
-  while (text.size() < size) {
-    const std::size_t start = text.size();
-    text.resize(std::min(size, start + std::max(start, kFirstRoom)));
-    if (!Receive(text.data() + start, text.size() - start)) return Fail(kNoSize);
-  }
+  if (!ReceiveInto(text, static_cast<std::size_t>(length))) return Fail(kNoSize);
   text.resize(strlen(text.c_str()));
   return 0;
 }
 
-// Tools that log texts with NULs know them cut as here: each piece of 10,240 bytes by itself.
 int TASocket::ReceivePlain(int size, std::string& text) {
-  char piece[kLargestPiece];
-  for (auto left = static_cast<std::size_t>(size); left > 0;) {
-    const std::size_t wanted = std::min(left, sizeof piece);
-    if (!Receive(piece, wanted)) {
-      text.clear();
-      return Fail(kNotFull);
-    }
-    text.append(piece, strnlen(piece, wanted));
-    left -= wanted;
-  }
+  if (!ReceiveInto(text, static_cast<std::size_t>(size))) return Fail(kNotFull);
+  CutAtNuls(text);
   Count(_readPerfo, static_cast<std::size_t>(size));
   return 0;
 }

@@ -1,6 +1,6 @@
-#include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <new>
 #include <string>
+#include <utility>
 
 #include "base/PosixFile.h"
 #include "perfo/TAPerfo.h"
@@ -23,45 +23,59 @@
 namespace {
 
 constexpr std::size_t kHeaderSize = 4;
-constexpr std::size_t kBatchBlocks = 16;  // blocks read and sent at once
+constexpr std::size_t kBatchBlocks = 8;  // blocks read and sent at once
 constexpr std::size_t kLargeBuffer = 1 << 15;
-constexpr std::size_t kOutBlock = 1 << 16;  // bytes written to a file at once
+constexpr std::size_t kWindow = 1 << 17;  // bytes received and written at once
 constexpr char kCarriageReturn = 13;
 
 constexpr const char* kCannotRead = "Unable to read file for TASocket::PutFile";
 constexpr const char* kCannotWrite = "Unable to write in file for TASocket::GetFile";
 constexpr const char* kNotFull = "Unable to get full block";
 
-// Gathers what arrives, so that the file is written in large pieces; the last of it when it goes
-// away.
+// Gathers blocks where they lie, so that the file is written in large pieces.
 class FileWriter {
  public:
   FileWriter(int fd, bool dropsReturns) : _fd(fd), _dropsReturns(dropsReturns) {}
-  FileWriter(const FileWriter&) = delete;
-  FileWriter& operator=(const FileWriter&) = delete;
-  ~FileWriter() { Flush(); }
 
-  bool Write(const char* bytes, std::size_t size) {
-    if (_dropsReturns) {
-      std::copy_if(bytes, bytes + size, std::back_inserter(_held),
-                   [](char c) { return c != kCarriageReturn; });
-    } else {
-      _held.append(bytes, size);
-    }
-    return _held.size() < kOutBlock || Flush();
+  /// Adds bytes, which stay where they are until Flush and may be changed.
+  bool Add(char* bytes, std::size_t size) {
+    if (_count == std::size(_pieces) && !Flush()) return false;
+    char* const end = bytes + size;
+    char* const kept = _dropsReturns ? std::remove(bytes, end, kCarriageReturn) : end;
+    _pieces[_count++] = {bytes, static_cast<std::size_t>(kept - bytes)};
+    return true;
   }
 
-  bool Flush() {
-    const bool isWritten = vor::WriteAll(_fd, _held.data(), _held.size());
-    _held.clear();
-    return isWritten;
-  }
+  bool Flush() { return vor::WritePieces(_fd, _pieces, std::exchange(_count, 0)); }
 
  private:
   const int _fd;
   const bool _dropsReturns;
-  std::string _held;
+  iovec _pieces[32];
+  std::size_t _count = 0;
 };
+
+// Takes blocks of at most \a largest bytes up to the empty one.  Null, or what went wrong.
+const char* ReceiveBlocks(int fd, vor::ReceiveBuffer& in, std::size_t largest, FileWriter& writer,
+                          long long& total) {
+  for (;;) {
+    // Where bytes are missing, those in the buffer make room for them: they are written before.
+    if (in.Size() < kHeaderSize && !writer.Flush()) return kCannotWrite;
+    if (!in.Ensure(fd, kHeaderSize)) return "Unable to get block size";
+    unsigned char header[kHeaderSize];
+    memcpy(header, in.Data(), kHeaderSize);
+    in.Consume(kHeaderSize);
+    const int size = GetSize(header);
+    if (size == 0) return nullptr;
+    const auto wanted = static_cast<std::size_t>(size);
+    if (size < 0 || wanted > largest) return kNotFull;
+    if (in.Size() < wanted && !writer.Flush()) return kCannotWrite;
+    if (!in.Ensure(fd, wanted)) return kNotFull;
+    if (!writer.Add(in.Data(), wanted)) return kCannotWrite;
+    in.Consume(wanted);
+    total += size;
+  }
+}
 
 }  // namespace
 
@@ -105,32 +119,25 @@ int TASocket::SendWholeBlocks(int fd, long long& total) {
     return info.st_size - total >= static_cast<long long>(2 * blockSize);
   };
   if (!isWorthIt()) return 0;
-  const std::size_t blocks = kBatchBlocks;
-  const auto batch = std::make_unique_for_overwrite<char[]>(blocks * _bufferSize);
+  const auto batch = std::make_unique_for_overwrite<char[]>(kBatchBlocks * blockSize);
   while (isWorthIt()) {
-    const std::size_t left = static_cast<std::size_t>(info.st_size - total) / blockSize;
-    iovec parts[kBatchBlocks];
-    const std::size_t used = std::min(blocks, left);
-    for (std::size_t i = 0; i < used; ++i) {
-      parts[i] = {batch.get() + i * _bufferSize + kHeaderSize, blockSize};
-    }
-    ssize_t count;
-    do {
-      count = readv(fd, parts, static_cast<int>(used));
-    } while (count < 0 && errno == EINTR);
+    const auto left = static_cast<std::size_t>(info.st_size - total) / blockSize;
+    const std::size_t wanted = std::min(left, kBatchBlocks) * blockSize;
+    const ssize_t count = vor::ReadSome(fd, batch.get(), wanted);
     if (count < 0) return Fail(kCannotRead);
     if (count == 0) return 0;  // it has become shorter meanwhile
-    std::size_t size = 0;
-    for (auto rest = static_cast<std::size_t>(count); rest > 0;) {
-      const std::size_t inBlock = std::min(rest, blockSize);
-      unsigned char header[kHeaderSize];
-      SetSize(header, static_cast<int>(inBlock));
-      std::copy(header, header + kHeaderSize, batch.get() + size);
-      size += kHeaderSize + inBlock;
-      rest -= inBlock;
+    // The headers are put in between on the way out: the bytes of the file stay in one piece.
+    unsigned char headers[kBatchBlocks][kHeaderSize];
+    iovec pieces[2 * kBatchBlocks];
+    std::size_t used = 0;
+    for (std::size_t at = 0; at < static_cast<std::size_t>(count); at += blockSize) {
+      const std::size_t size = std::min(static_cast<std::size_t>(count) - at, blockSize);
+      unsigned char(&header)[kHeaderSize] = headers[used / 2];
+      SetSize(header, static_cast<int>(size));
+      pieces[used++] = {header, kHeaderSize};
+      pieces[used++] = {batch.get() + at, size};
     }
-    iovec whole = {batch.get(), size};
-    if (!vor::SendAll(_fd, &whole, 1)) return Fail("Unable to flush buffer");
+    if (!vor::SendAll(_fd, pieces, used)) return Fail("Unable to flush buffer");
     total += count;
   }
   return 0;
@@ -147,28 +154,19 @@ int TASocket::GetFileASCII(const VorString& file, int timeout) noexcept {
 }
 
 int TASocket::ReceiveFile(const VorString& file, bool dropsReturns) {
+  if (_received == nullptr) _received = std::make_unique<vor::ReceiveBuffer>();
+  if (!_received->Reserve(std::max(kWindow, _bufferSize))) {
+    return Fail("Unable to create read buffer");
+  }
   const vor::FileDescriptor output = vor::OpenFile(file, O_WRONLY | O_CREAT | O_TRUNC);
   if (!output.IsOpen()) return Fail(kCannotWrite);
-  return ReceiveFileBlocks(output.Get(), dropsReturns);
-}
-
-int TASocket::ReceiveFileBlocks(int fd, bool dropsReturns) {
-  const std::unique_ptr<char[]> block(new (std::nothrow) char[_bufferSize]);
-  if (block == nullptr) return Fail("Unable to create read buffer");
-  FileWriter writer(fd, dropsReturns);
-  long long received = 0;
-  for (;;) {
-    int size = 0;
-    if (ReceiveSize(size, "Unable to get block size") != 0) return 1;
-    if (size == 0) break;
-    const auto wanted = static_cast<std::size_t>(std::max(size, 0));
-    if (size < 0 || wanted > _bufferSize) return Fail(kNotFull);
-    if (!Receive(block.get(), wanted)) return Fail(kNotFull);
-    if (!writer.Write(block.get(), wanted)) return Fail(kCannotWrite);
-    received += size;
-  }
-  if (!writer.Flush()) return Fail(kCannotWrite);
+  FileWriter writer(output.Get(), dropsReturns);
+  long long total = 0;
+  const char* problem = ReceiveBlocks(_fd, *_received, _bufferSize, writer, total);
+  // Whole blocks stay in the file, whatever came after them.
+  if (!writer.Flush() && problem == nullptr) problem = kCannotWrite;
+  if (problem != nullptr) return Fail(problem);
   VorString count;
   if (ReceiveText(count) != 0) return 1;
-  return strtoll(count, nullptr, 10) == received ? 0 : Fail("Wrong byte count in GetFile");
+  return strtoll(count, nullptr, 10) == total ? 0 : Fail("Wrong byte count in GetFile");
 }

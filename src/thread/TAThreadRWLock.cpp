@@ -1,45 +1,47 @@
 #include "thread/TAThreadRWLock.h"
 
-#include "thread/SpinWord.h"
+// One word holds it all: the readers that are inside, and the turnstile that they pass and a writer
+// keeps, first until they have left and then for its write.
 
-using vor::ReleaseSpinWord;
-using vor::TakeSpinWord;
+namespace {
+
+constexpr unsigned kTurnstile = 1;
+constexpr unsigned kReader = 2;
+
+}  // namespace
 
 TAThreadRWLock::TAThreadRWLock() = default;
 
 TAThreadRWLock::~TAThreadRWLock() = default;
 
 int TAThreadRWLock::GetLock() {
-  TakeSpinWord(_turnstile);
-  TakeSpinWord(_countLock);
-  if (_readers == 0) {
-    // Nobody else can become the first reader meanwhile: that takes the turnstile.
-    ReleaseSpinWord(_countLock);
-    TakeSpinWord(_resourceLock);
-    TakeSpinWord(_countLock);
+  unsigned state = _state.load(std::memory_order_relaxed);
+  for (;;) {
+    if ((state & kTurnstile) != 0) {
+      state = _state.load(std::memory_order_relaxed);
+    } else if (_state.compare_exchange_weak(state, state + kReader, std::memory_order_acquire,
+                                            std::memory_order_relaxed)) {
+      return 1;
+    }
   }
-  ++_readers;
-  ReleaseSpinWord(_countLock);
-  ReleaseSpinWord(_turnstile);
-  return 1;
 }
 
 int TAThreadRWLock::ReleaseLock() {
-  TakeSpinWord(_countLock);
-  if (_readers == 1) ReleaseSpinWord(_resourceLock);
-  --_readers;
-  ReleaseSpinWord(_countLock);
+  _state.fetch_sub(kReader, std::memory_order_release);
   return 1;
 }
 
 int TAThreadRWLock::GetWriteLock() {
-  TakeSpinWord(_turnstile);
-  TakeSpinWord(_resourceLock);
+  while ((_state.fetch_or(kTurnstile, std::memory_order_acquire) & kTurnstile) != 0) {
+    while ((_state.load(std::memory_order_relaxed) & kTurnstile) != 0) {
+    }
+  }
+  while (_state.load(std::memory_order_acquire) != kTurnstile) {
+  }
   return 1;
 }
 
 int TAThreadRWLock::ReleaseWriteLock() {
-  ReleaseSpinWord(_resourceLock);
-  ReleaseSpinWord(_turnstile);
+  _state.fetch_and(~kTurnstile, std::memory_order_release);
   return 1;
 }

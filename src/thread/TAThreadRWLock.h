@@ -34,10 +34,7 @@ class VOR_API TAThreadRWLock : public TAThreadLock {
   virtual int ReleaseWriteLock();
 
  private:
-  std::atomic<bool> _resourceLock{false};  // held by the writer or on behalf of all readers
-  std::atomic<bool> _turnstile{false};     // readers pass through it; a writer keeps it
-  std::atomic<bool> _countLock{false};     // guards _readers
-  int _readers = 0;                        // inside
+  std::atomic<unsigned> _state{0};  // readers inside, and whether a writer waits or writes
 };
 
 #endif  // VOR_THREAD_TATHREADRWLOCK_H
