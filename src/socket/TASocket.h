@@ -58,7 +58,7 @@ class VOR_API TASocket {
   explicit TASocket(int bufferSize) noexcept;
   TASocket(const TASocket&) = delete;
   TASocket& operator=(const TASocket&) = delete;
-  ~TASocket() noexcept;
+  ~TASocket();
 
   // Connections.
 
