@@ -63,6 +63,7 @@ bool WritePieces(int fd, iovec* pieces, std::size_t count) {
 Wait WaitForInput(int fd, int seconds) {
   using Clock = std::chrono::steady_clock;
   using std::chrono::milliseconds;
+  if (seconds < 0) return Wait::kError;
   const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
@@ -71,7 +72,7 @@ Wait WaitForInput(int fd, int seconds) {
     const int ready = poll(&polled, 1, static_cast<int>(limit));
     if (ready < 0 && errno == EINTR) continue;
     if (ready < 0) return Wait::kError;
-    if (ready == 0 && limit == left) return Wait::kTimeOut;
+    if (ready == 0 && left <= limit) return Wait::kTimeOut;
     if (ready == 0) continue;  // longer than poll can wait
     if ((polled.revents & POLLNVAL) != 0) return Wait::kError;
     return (polled.revents & (POLLIN | POLLHUP | POLLERR)) != 0 ? Wait::kReady : Wait::kNotReady;

@@ -24,7 +24,7 @@ bool WritePieces(int fd, iovec* pieces, std::size_t count);
 enum class Wait { kReady, kTimeOut, kError, kNotReady };
 
 /// Waits until \a fd can be read or accepts, for at most \a seconds, however often signals
-/// interrupt it.
+/// interrupt it.  Less than 0 seconds are an error.
 Wait WaitForInput(int fd, int seconds);
 
 /// Bytes received ahead of what was asked for, so that many small records cost one system call.

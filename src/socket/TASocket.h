@@ -76,7 +76,8 @@ class VOR_API TASocket {
   /// The same, and reads one text block from it into \a query.  Any failure of that is 1; client's
   /// GetErrMsg tells the reason.
   int GetQuery(int readTimeout, VorString& query, TASocket& client) noexcept;
-  /// The same; 2 if no connection comes within \a acceptTimeout seconds, where 0 does not wait.
+  /// The same; 2 if no connection comes within \a acceptTimeout seconds, where 0 does not wait
+  /// and less than 0 waits without limit.
   int GetQuery(int readTimeout, VorString& query, TASocket& client, int acceptTimeout) noexcept;
 
   /// Sends what waits in the buffer, closes the socket and forgets the words of the connection.
