@@ -22,6 +22,7 @@
 #include "containers/TAIndex.h"
 #include "containers/TAIndexB.h"
 #include "containers/TAIndexI.h"
+#include "containers/TARefCounter.h"
 #include "filenames/DirectoryReading.h"
 #include "filenames/TAFileName.h"
 #include "foundation/Checksum.h"

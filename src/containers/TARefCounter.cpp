@@ -1,0 +1,17 @@
+#include "containers/TARefCounter.h"
+
+#include "foundation/Tracing.h"
+
+void TARefCounter::Release() {
+  FATAL(_count < 1, "Too many release on object");
+  if (_count == 1) {
+    delete this;  // with its reference still counted: the destructor looks for exactly one
+  } else {
+    --_count;
+  }
+}
+
+TARefCounter::~TARefCounter() {
+  FATAL(_count != 1, "Delete on referenced object");
+  _count = 0;  // a release of the dead object is likely to be noticed
+}

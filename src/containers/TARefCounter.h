@@ -1,0 +1,36 @@
+#ifndef VOR_CONTAINERS_TAREFCOUNTER_H
+#define VOR_CONTAINERS_TAREFCOUNTER_H
+
+#include "base/Export.h"
+
+/// Base class of objects that several owners share: a count of references that deletes the object
+/// when the last one is released.
+///
+/// The creator holds the first reference.  Whoever keeps the object calls AddRef once and Release
+/// once when done.  A holder of the only reference may also delete the object, and an object on the
+/// stack ends with its scope.
+///
+/// Ownership: of the object, shared by those who hold references.
+/// Errors:    misuse ends the process with FATAL: a release without a reference, and the
+///            destruction of an object that others still reference.
+/// Threads:   the count is a plain integer; references to one object are taken and released by one
+///            thread at a time.
+class VOR_API TARefCounter {
+ public:
+  TARefCounter() = default;
+  TARefCounter(const TARefCounter&) = delete;
+  TARefCounter& operator=(const TARefCounter&) = delete;
+
+  /// Takes a reference.
+  void AddRef() { ++_count; }
+
+  /// Gives a reference back; the last one deletes the object.
+  void Release();
+
+  virtual ~TARefCounter();
+
+ private:
+  int _count = 1;  // references held
+};
+
+#endif  // VOR_CONTAINERS_TAREFCOUNTER_H

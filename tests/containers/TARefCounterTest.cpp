@@ -1,0 +1,40 @@
+#include "containers/TARefCounter.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Shared : public TARefCounter {
+ public:
+  explicit Shared(bool& alive) : _alive(alive) { _alive = true; }
+  ~Shared() override { _alive = false; }
+
+ private:
+  bool& _alive;
+};
+
+TEST(TARefCounter, LivesUntilItsLastReferenceIsReleased) {
+  bool alive = false;
+  auto* shared = new Shared(alive);
+  shared->AddRef();
+  shared->Release();
+  EXPECT_TRUE(alive);
+  shared->Release();
+  EXPECT_FALSE(alive);
+
+  { const Shared local(alive); }
+  EXPECT_FALSE(alive);
+  delete new Shared(alive);
+  EXPECT_FALSE(alive);
+}
+
+TEST(TARefCounterDeathTest, RefusesTheDeletionOfWhatOthersHold) {
+  bool alive = false;
+  auto* shared = new Shared(alive);
+  shared->AddRef();
+  EXPECT_DEATH(delete shared, "Delete on referenced object");
+  shared->Release();
+  shared->Release();
+}
+
+}  // namespace
