@@ -1,0 +1,67 @@
+#ifndef VOR_CONTAINERS_TACOMPONENT_H
+#define VOR_CONTAINERS_TACOMPONENT_H
+
+#include "base/Export.h"
+#include "base/VorString.h"
+#include "containers/VorHashRWMap.h"
+
+class VorHashRWMapIteratorRef;
+class VorListValVorString;
+class VorMapIterator;
+
+/// A dictionary with a name: untyped pointers under texts.
+///
+/// Ownership: copies the keys, never owns the values.
+/// Errors:    as told below; a null key is never present.
+/// Threads:   not synchronised; distinct components are independent.
+class VOR_API TAComponent {
+ public:
+  /// An empty component with the name "".
+  TAComponent();
+  TAComponent(const TAComponent&) = delete;
+  TAComponent& operator=(const TAComponent&) = delete;
+  virtual ~TAComponent();
+
+  void SetName(VorString name);
+  const VorString& GetName() const;
+
+  /// Adds a pair: 0.  Returns 1, with nothing changed, if the key is present already or null.
+  int Insert(const char* key, void* value);
+  int Insert(const VorString& key, void* value);
+
+  /// Removes the pair of \a key, if there is one.
+  void Remove(const char* key);
+  void Remove(const VorString& key);
+
+  /// Removes all pairs.
+  void Clear();
+
+  /// 1 if \a key is present, else 0.
+  int IsIn(const char* key);
+  int IsIn(const VorString& key);
+
+  /// The value of \a key; null if it is absent.
+  void* GetValue(const char* key);
+  void* GetValue(const VorString& key);
+
+  /// The number of pairs.
+  int GetSize();
+
+  /// A walk over all pairs, in the order of the map, that the caller deletes.
+  VorMapIterator* GetIterator();
+
+  /// The same walk, but kept by the component: valid until the next change, never to be deleted.
+  VorHashRWMapIteratorRef* GetIteratorRef();
+
+  /// Replaces \a keys by all keys in ascending strcmp order and returns their number.
+  int GetList(VorListValVorString& keys);
+
+  /// Writes every key as a trace line, in the order of the map.
+  void DumpKeys();
+
+ private:
+  VorString _name;
+  VorHashRWMap _map;
+};
+
+#endif  // VOR_CONTAINERS_TACOMPONENT_H

@@ -1,0 +1,5 @@
+#include "containers/VorHashRWMapIteratorRef.h"
+
+void VorHashRWMapIteratorRef::RewindIterator() {
+  _position = -1;
+}

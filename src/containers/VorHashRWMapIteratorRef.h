@@ -1,0 +1,18 @@
+#ifndef VOR_CONTAINERS_VORHASHRWMAPITERATORREF_H
+#define VOR_CONTAINERS_VORHASHRWMAPITERATORREF_H
+
+#include "base/Export.h"
+#include "containers/VorHashSCMapIterator.h"
+
+/// A walk over a hash map that can be started again, as VorHashRWMap keeps it.
+///
+/// Ownership and threads: as VorHashSCMapIterator.
+class VOR_API VorHashRWMapIteratorRef : public VorHashSCMapIterator {
+ public:
+  using VorHashSCMapIterator::VorHashSCMapIterator;
+
+  /// Goes back before the first pair.
+  virtual void RewindIterator();
+};
+
+#endif  // VOR_CONTAINERS_VORHASHRWMAPITERATORREF_H

@@ -1,0 +1,274 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "containers/VorHashRWMap.h"
+#include "containers/VorHashRWMapIteratorRef.h"
+#include "containers/VorHashSCMap.h"
+#include "containers/VorHashSCMapIterator.h"
+#include "containers/VorStringPool.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+void* Value(std::size_t number) {
+  return reinterpret_cast<void*>(number);
+}
+
+std::vector<std::string> Keys(VorMapIterator* walk) {
+  std::vector<std::string> keys;
+  while (walk->next() != 0) keys.emplace_back(walk->getKey());
+  return keys;
+}
+
+std::vector<std::string> Keys(VorHashSCMap& map) {
+  const std::unique_ptr<VorMapIterator> walk(map.getIterator());
+  return Keys(walk.get());
+}
+
+// The map as one would describe it: chains as they are walked, one byte of a key after the other.
+class NaiveMap {
+ public:
+  NaiveMap(int size, float loadFactor)
+      : _chains(static_cast<std::size_t>(size)), _loadFactor(loadFactor) {}
+
+  bool Insert(const std::string& key, void* value) {
+    if (Search(key) != nullptr) return false;
+    Chain(key).push_front({key, value});
+    ++_count;
+    if (_loadFactor * static_cast<float>(_chains.size()) <= static_cast<float>(_count)) {
+      std::vector<std::deque<Pair>> old(2 * _chains.size());
+      old.swap(_chains);
+      for (const auto& chain : old) {
+        for (const Pair& pair : chain) Chain(pair.key).push_front(pair);
+      }
+    }
+    return true;
+  }
+
+  void* const* Search(const std::string& key) {
+    for (const Pair& pair : Chain(key)) {
+      if (pair.key == key) return &pair.value;
+    }
+    return nullptr;
+  }
+
+  void Remove(const std::string& key) {
+    _count -= static_cast<int>(
+        std::erase_if(Chain(key), [&](const Pair& pair) { return pair.key == key; }));
+  }
+
+  void Clear() {
+    for (auto& chain : _chains) chain.clear();
+    _count = 0;
+  }
+
+  int Count() const { return _count; }
+
+  std::vector<std::string> Keys() const {
+    std::vector<std::string> keys;
+    for (const auto& chain : _chains) {
+      for (const Pair& pair : chain) keys.push_back(pair.key);
+    }
+    return keys;
+  }
+
+ private:
+  struct Pair {
+    std::string key;
+    void* value;
+  };
+
+  std::deque<Pair>& Chain(const std::string& key) {
+    std::uint32_t hash = 0;
+    for (const char c : key) hash = hash * 31 + static_cast<unsigned char>(c);
+    const auto size = static_cast<std::int64_t>(_chains.size());
+    const auto place = static_cast<std::int32_t>(hash) % size;
+    return _chains[static_cast<std::size_t>(place < 0 ? place + size : place)];
+  }
+
+  std::vector<std::deque<Pair>> _chains;
+  float _loadFactor;
+  int _count = 0;
+};
+
+// Few distinct characters, so that keys collide in hash, length and beginning; some key is longer
+// than any piece that is evaluated at once.
+std::string RandomKey(std::mt19937& random) {
+  static const char kCharacters[] = {'a', 'b', 'B', '\xff', '\x80', '/'};
+  const std::size_t length = random() % 8 != 0 ? random() % 4 : random() % 70;
+  std::string key;
+  while (key.size() < length) key += kCharacters[random() % sizeof kCharacters];
+  return key;
+}
+
+TEST(VorHashSCMap, DoesWhatTheNaiveMapDoes) {
+  struct Shape {
+    int size;
+    float loadFactor;
+    int realSize;
+    float realLoadFactor;
+    bool pooled;
+  };
+  for (const Shape& shape : {Shape{8, 0.75F, 8, 0.75F, false}, Shape{3, 0.5F, 8, 0.5F, true},
+                             Shape{30, 1.0F, 30, 0.75F, false}, Shape{-1, 0.0F, 8, 0.75F, true},
+                             Shape{17, -2.0F, 17, 0.75F, false}, Shape{8, 0.99F, 8, 0.99F, true}}) {
+    SCOPED_TRACE(shape.size);
+    VorStringPool pool;
+    VorHashSCMap map(shape.size, shape.loadFactor, shape.pooled ? &pool : nullptr);
+    NaiveMap naive(shape.realSize, shape.realLoadFactor);
+    std::mt19937 random(static_cast<unsigned>(shape.size));
+    for (std::size_t step = 1; step < 20000; ++step) {
+      const std::string key = RandomKey(random);
+      const auto action = random() % 1000;
+      if (action == 0) {
+        map.clear();
+        naive.Clear();
+      } else if (action < 600) {
+        const char* copy = map.insert(key.c_str(), Value(step));
+        ASSERT_EQ(copy != nullptr, naive.Insert(key, Value(step)));
+        if (copy != nullptr) {
+          ASSERT_EQ(copy, key);
+          ASSERT_NE(copy, key.c_str());
+        }
+      } else {
+        map.remove(key.c_str());
+        naive.Remove(key);
+      }
+      const std::string asked = RandomKey(random);
+      void* found = &map;
+      void* const* expected = naive.Search(asked);
+      ASSERT_EQ(map.search(asked.c_str(), &found), expected != nullptr);
+      ASSERT_EQ(found, expected == nullptr ? &map : *expected);
+      ASSERT_EQ(map.getSize(), naive.Count());
+      if (step % 50 == 0) {
+        ASSERT_THAT(Keys(map), ElementsAreArray(naive.Keys()));
+      }
+    }
+  }
+}
+
+// Recorded orders: "a" to "e" have the hashes 97 to 101, so they stand in the buckets 1 to 5 of 8;
+// "i" shares the bucket of "a", "q" too, until there are 16 buckets.
+TEST(VorHashSCMap, WalksInTheRecordedOrder) {
+  VorHashSCMap map(nullptr);
+  for (const char* key : {"a", "i", "q", "", "d"}) map.insert(key, nullptr);
+  EXPECT_THAT(Keys(map), ElementsAre("", "q", "i", "a", "d"));
+  map.insert("b", nullptr);  // the sixth: 16 buckets
+  EXPECT_THAT(Keys(map), ElementsAre("", "a", "q", "b", "d", "i"));
+  map.remove("a");
+  map.insert("a", nullptr);
+  EXPECT_THAT(Keys(map), ElementsAre("", "a", "q", "b", "d", "i"));
+}
+
+TEST(VorHashSCMap, RefusesNullKeysAndResults) {
+  VorHashSCMap map(nullptr);
+  EXPECT_EQ(map.insert(nullptr, &map), nullptr);
+  map.remove(nullptr);
+  map.insert("present", &map);
+  EXPECT_EQ(map.search("present", nullptr), 0);
+  EXPECT_EQ(map.getSize(), 1);
+}
+
+TEST(VorHashSCMap, CountsAPairWhoseKeyThePoolCannotHold) {
+  VorStringPool pool;
+  VorHashSCMap map(&pool);
+  const std::string key(65532, 'k');
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(map.insert(key.c_str(), &map), nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "# Error : unable to allocate in VorStringPoolAlloc (string too long: 65533)"
+            "# Error : unable to create string in VorStringPoolCreate: " +
+                key + "# Alloc failed in VorHashSCMap::createNode: unable to strdup()\n");
+  void* value = nullptr;
+  EXPECT_EQ(map.search(key.c_str(), &value), 0);
+  for (const char* other : {"a", "b", "c", "d", "e", "f"}) map.insert(other, &map);
+  EXPECT_EQ(map.getSize(), 7);
+  map.clear();
+  EXPECT_EQ(map.getSize(), 0);
+}
+
+TEST(VorHashSCMap, OffersThePiecesItIsMadeOf) {
+  VorHashSCMap map(nullptr);
+  VorHashSCMap::node* last = VorHashSCMap::createNode(&map, "last", Value(1), nullptr);
+  VorHashSCMap::node* head = VorHashSCMap::createNode(&map, "head", Value(2), last);
+  void* value = nullptr;
+  EXPECT_EQ(map.searchR(head, "last", &value), 1);
+  EXPECT_EQ(value, Value(1));
+  EXPECT_EQ(map.searchR(head, "other", &value), 0);
+  EXPECT_EQ(map.searchR(head, "last", nullptr), 0);
+  EXPECT_EQ(map.searchR(nullptr, "last", &value), 0);
+  VorHashSCMap::addFreeNode(&map, nullptr);
+  VorHashSCMap::addFreeNode(&map, last);
+  VorHashSCMap::addFreeNode(&map, head);
+  EXPECT_EQ(VorHashSCMap::createNode(&map, "again", nullptr, nullptr), head);
+  EXPECT_STREQ(head->key, "again");
+  VorHashSCMap::addFreeNode(&map, head);
+}
+
+TEST(VorHashSCMap, MapsOfDifferentThreadsDoNotDisturbEachOther) {
+  std::vector<std::thread> threads;
+  std::vector<int> found(4);
+  for (std::size_t t = 0; t < found.size(); ++t) {
+    threads.emplace_back([&found, t] {
+      for (int round = 0; round < 5; ++round) {
+        VorHashSCMap map(8, 0.9F, nullptr);
+        for (int i = 0; i < 3000; ++i) map.insert(std::to_string(i).c_str(), Value(t));
+        for (int i = 0; i < 3000; i += 2) map.remove(std::to_string(i).c_str());
+        void* value = nullptr;
+        for (int i = 0; i < 3000; ++i) {
+          found[t] += map.search(std::to_string(i).c_str(), &value) && value == Value(t);
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_THAT(found, testing::Each(5 * 1500));
+}
+
+TEST(VorHashSCMapIterator, KnowsItsRoomAndNotWhatWasInserted) {
+  VorHashSCMapIterator none(0);
+  EXPECT_EQ(none.next(), 0);
+
+  VorHashSCMapIterator walk(2);
+  walk.insert("a", Value(1));
+  EXPECT_NE(walk.next(), 0);
+  EXPECT_EQ(walk.getValue(), Value(1));
+  EXPECT_NE(walk.next(), 0);
+  EXPECT_EQ(walk.getKey(), nullptr);
+  EXPECT_EQ(walk.next(), 0);
+  walk.insert("b", Value(2));
+  testing::internal::CaptureStdout();
+  walk.insert("c", Value(3));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            " VorHashSCMapIterator::insert, _size too small: 2\n");
+}
+
+TEST(VorHashRWMap, KeepsItsWalkUntilAChange) {
+  VorHashRWMap map(nullptr);
+  VorHashRWMapIteratorRef* walk = map.getIteratorRef();
+  EXPECT_EQ(walk->next(), 0);
+  map.insert("a", Value(1));
+  walk = map.getIteratorRef();
+  EXPECT_THAT(Keys(walk), ElementsAre("a"));
+  EXPECT_EQ(map.getIteratorRef(), walk);  // the same one, rewound
+  EXPECT_THAT(Keys(walk), ElementsAre("a"));
+
+  map.insert("b", Value(2));
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("a", "b"));
+  map.remove("a");
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("b"));
+  map.clear();
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre());
+}
+
+}  // namespace

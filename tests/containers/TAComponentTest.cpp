@@ -1,0 +1,56 @@
+#include "containers/TAComponent.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "base/VorListValVorString.h"
+#include "containers/VorHashRWMapIteratorRef.h"
+
+namespace {
+
+TEST(TAComponent, IsADictionaryWithAName) {
+  TAComponent component;
+  EXPECT_STREQ(component.GetName(), "");
+  component.SetName("tools");
+  EXPECT_STREQ(component.GetName(), "tools");
+
+  int first = 0;
+  EXPECT_EQ(component.Insert("k", &first), 0);
+  EXPECT_EQ(component.Insert(VorString("k"), nullptr), 1);
+  EXPECT_EQ(component.GetValue(VorString("k")), &first);
+  EXPECT_EQ(component.IsIn("k"), 1);
+  EXPECT_EQ(component.IsIn(VorString("other")), 0);
+  EXPECT_EQ(component.GetValue("other"), nullptr);
+  EXPECT_EQ(component.Insert(static_cast<const char*>(nullptr), &first), 1);
+
+  component.Remove("k");
+  EXPECT_EQ(component.GetSize(), 0);
+  component.Insert("a", nullptr);
+  EXPECT_EQ(component.IsIn("a"), 1);
+  component.Clear();
+  EXPECT_EQ(component.IsIn("a"), 0);
+}
+
+// "b" and "z" are in the buckets 8 and 2 of 30, "a" is in 7.
+TEST(TAComponent, ListsKeysSortedAndDumpsThemInMapOrder) {
+  TAComponent component;
+  for (const char* key : {"b", "a", "z"}) component.Insert(key, nullptr);
+  VorListValVorString keys;
+  keys.Append("old");
+  EXPECT_EQ(component.GetList(keys), 3);
+  EXPECT_STREQ(keys[1], "a");
+  EXPECT_STREQ(keys[2], "b");
+  EXPECT_STREQ(keys[3], "z");
+
+  testing::internal::CaptureStdout();
+  component.DumpKeys();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "   z\n   a\n   b\n");
+
+  const std::unique_ptr<VorMapIterator> walk(component.GetIterator());
+  EXPECT_NE(walk->next(), 0);
+  EXPECT_STREQ(walk->getKey(), "z");
+  EXPECT_EQ(component.GetIteratorRef(), component.GetIteratorRef());
+}
+
+}  // namespace
