@@ -26,42 +26,45 @@ inline constexpr Powers kPowers;
 
 #if defined(__SSE2__)
 
-// The polynomial of 16 bytes: neighbours are added up with their weights to pairs, then to fours,
-// which still fit 32 bits, and the fours with their powers modulo 2^32.
-inline std::uint32_t OfPiece(__m128i bytes) {
-  const __m128i zero = _mm_setzero_si128();
-  const __m128i by31 = _mm_set1_epi32(1 << 16 | 31);
-  const __m128i by961 = _mm_set1_epi32(1 << 16 | 961);
-  const __m128i first = _mm_madd_epi16(_mm_unpacklo_epi8(bytes, zero), by31);
-  const __m128i second = _mm_madd_epi16(_mm_unpackhi_epi8(bytes, zero), by31);
-  const __m128i fours = _mm_madd_epi16(_mm_packs_epi32(first, second), by961);
-  const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(fours));
-  const auto high = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(fours, fours)));
-  return static_cast<std::uint32_t>(low) * kPowers.of31[12] +
-         static_cast<std::uint32_t>(low >> 32) * kPowers.of31[8] +
-         static_cast<std::uint32_t>(high) * kPowers.of31[4] +
-         static_cast<std::uint32_t>(high >> 32);
-}
-
-inline std::uint64_t Load64(const char* bytes) {
-  std::uint64_t word;
-  memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
-// Fewer than 16 bytes, moved to the end of a piece whose first bytes are zero and add nothing.
-inline __m128i LoadEnd(const char* text, std::size_t length) {
-  if (length >= 8) {
-    const std::uint64_t front = length == 8 ? 0 : Load64(text) << (8 * (16 - length));
-    return _mm_set_epi64x(static_cast<long long>(Load64(text + length - 8)),
-                          static_cast<long long>(front));
+// The polynomial of a text, kept as four partial sums: one for each place in fours of bytes.
+class Sums {
+ public:
+  // Appends a piece of which the last bytes count, as many as \a power says: 31 to their number.
+  void Append(__m128i bytes, std::uint32_t power) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i by31 = _mm_set1_epi32(1 << 16 | 31);
+    const __m128i by961 = _mm_set1_epi32(1 << 16 | 961);
+    const __m128i first = _mm_madd_epi16(_mm_unpacklo_epi8(bytes, zero), by31);
+    const __m128i second = _mm_madd_epi16(_mm_unpackhi_epi8(bytes, zero), by31);
+    const __m128i fours = _mm_madd_epi16(_mm_packs_epi32(first, second), by961);
+    const __m128i factor = _mm_set1_epi32(static_cast<int>(power));
+    _even = _mm_add_epi32(_mm_mul_epu32(_even, factor), fours);
+    _odd = _mm_add_epi32(_mm_mul_epu32(_odd, factor), _mm_srli_epi64(fours, 32));
   }
-  std::uint64_t word = 0;
-  for (std::size_t i = 0; i < length; ++i) {
-    word |= static_cast<std::uint64_t>(static_cast<unsigned char>(text[i]))
-            << (8 * (8 - length + i));
+
+  std::uint32_t Total() const {
+    const __m128i ofEven =
+        _mm_set_epi32(0, static_cast<int>(kPowers.of31[4]), 0, static_cast<int>(kPowers.of31[12]));
+    const __m128i ofOdd = _mm_set_epi32(0, 1, 0, static_cast<int>(kPowers.of31[8]));
+    const __m128i both = _mm_add_epi32(_mm_mul_epu32(_even, ofEven), _mm_mul_epu32(_odd, ofOdd));
+    return static_cast<std::uint32_t>(
+        _mm_cvtsi128_si32(_mm_add_epi32(both, _mm_unpackhi_epi64(both, both))));
   }
-  return _mm_set_epi64x(static_cast<long long>(word), 0);
+
+ private:
+  // In the lower half of each 64 bits; what stands above is of no meaning.
+  __m128i _even = _mm_setzero_si128();  // of the first and third four of a piece
+  __m128i _odd = _mm_setzero_si128();
+};
+
+// The last bytes of a text of 16 or more, at the end of a piece whose first bytes are zero and add
+// nothing.
+inline __m128i LoadLast(const char* end, std::size_t count) {
+  static constexpr char kKeep[2 * kPiece] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+                                             0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1,
+                                             -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+  const __m128i keep = _mm_loadu_si128(reinterpret_cast<const __m128i*>(kKeep + count));
+  return _mm_and_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(end - kPiece)), keep);
 }
 
 #endif
@@ -73,18 +76,19 @@ inline __m128i LoadEnd(const char* text, std::size_t length) {
 inline std::uint32_t KeyHash(const char* key, std::size_t length) {
   using keyhash::kPiece;
   using keyhash::kPowers;
-  std::uint32_t hash = 0;
 #if defined(__SSE2__)
-  for (; length >= kPiece; key += kPiece, length -= kPiece) {
-    hash = hash * kPowers.of31[kPiece] +
-           keyhash::OfPiece(_mm_loadu_si128(reinterpret_cast<const __m128i*>(key)));
+  if (length >= kPiece) {
+    const char* const end = key + length;
+    keyhash::Sums sums;
+    for (; length >= kPiece; key += kPiece, length -= kPiece) {
+      sums.Append(_mm_loadu_si128(reinterpret_cast<const __m128i*>(key)), kPowers.of31[kPiece]);
+    }
+    sums.Append(keyhash::LoadLast(end, length), kPowers.of31[length]);
+    return sums.Total();
   }
-  if (length > 0) {
-    hash = hash * kPowers.of31[length] + keyhash::OfPiece(keyhash::LoadEnd(key, length));
-  }
-#else
-  for (std::size_t i = 0; i < length; ++i) hash = hash * 31 + static_cast<unsigned char>(key[i]);
 #endif
+  std::uint32_t hash = 0;
+  for (std::size_t i = 0; i < length; ++i) hash = hash * 31 + static_cast<unsigned char>(key[i]);
   return hash;
 }
 
