@@ -4,11 +4,11 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <string>
 
 #include "base/PosixFile.h"
@@ -60,10 +60,9 @@ bool WriteMutex(const vor::FileDescriptor& file) {
   return isMade;
 }
 
-// A name beside the final one that no other thread or process uses.
-std::string TemporaryName(const char* path) {
-  static std::atomic<unsigned> counter{0};
-  return std::string(path) + "." + std::to_string(getpid()) + "." + std::to_string(++counter);
+// The pattern of a short name beside the final one, which may be as long as names can be.
+std::string TemporaryName(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1) + ".TAMutex" + std::to_string(getpid()) + ".XXXXXX";
 }
 
 }  // namespace
@@ -73,18 +72,20 @@ TAMutex::TAMutex(const VorString& name) : _path(TAFileName("/tmp") + ("TAMutex" 
   Open();
 }
 
+// A mutex that is held stays mapped: the system finds it through this memory when its owner ends.
 TAMutex::~TAMutex() {
-  Unmap(_mutex);
+  if (!_isHeld) Unmap(_mutex);
 }
 
 int TAMutex::CreateSharedMemory() {
   if (_path.IsFile() != 0) return 1;
-  const std::string temporary = TemporaryName(_path);
-  constexpr int kNewFile = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
-  const vor::FileDescriptor file = vor::OpenFile(temporary.c_str(), kNewFile, 0600);
+  std::string temporary = TemporaryName(static_cast<const char*>(_path));
+  const vor::FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   bool isMade = WriteMutex(file);
   // Unlike rename, link leaves alone what another process has put there meanwhile.
-  if (isMade) isMade = link(temporary.c_str(), _path) == 0 || errno == EEXIST;
+  if (isMade && link(temporary.c_str(), _path) != 0) {
+    isMade = errno == EEXIST && _path.IsFile() != 0;
+  }
   if (!isMade) perror("TAMutex shared memory creation : mmap failed");
   if (file.IsOpen()) unlink(temporary.c_str());
   return isMade ? 1 : -1;
@@ -103,8 +104,10 @@ int TAMutex::Lock() {
     return -1;
   }
   auto* const mutex = static_cast<pthread_mutex_t*>(_mutex);
-  const int result = pthread_mutex_lock(mutex);
-  return result == EOWNERDEAD ? pthread_mutex_consistent(mutex) : result;
+  int result = pthread_mutex_lock(mutex);
+  if (result == EOWNERDEAD) result = pthread_mutex_consistent(mutex);
+  if (result == 0) _isHeld = true;
+  return result;
 }
 
 int TAMutex::Unlock() {
@@ -112,5 +115,9 @@ int TAMutex::Unlock() {
     printf("mutex not initialized.\n");
     return -1;
   }
-  return pthread_mutex_unlock(static_cast<pthread_mutex_t*>(_mutex));
+  // Struck off before the unlock: after it the mark may be that of the next owner.
+  const bool wasHeld = _isHeld.exchange(false);
+  const int result = pthread_mutex_unlock(static_cast<pthread_mutex_t*>(_mutex));
+  if (result != 0 && wasHeld) _isHeld = true;
+  return result;
 }

@@ -1,6 +1,8 @@
 #ifndef VOR_THREAD_TAMUTEX_H
 #define VOR_THREAD_TAMUTEX_H
 
+#include <atomic>
+
 #include "base/Export.h"
 #include "base/VorString.h"
 #include "filenames/TAFileName.h"
@@ -14,7 +16,9 @@
 /// A mutex whose owner died while holding it goes to the next one that locks it; what it guarded
 /// may then be half changed.
 ///
-/// Ownership: the file stays when the objects and processes are gone.
+/// Ownership: the file stays when the objects and processes are gone.  An object that is destroyed
+///            while it is locked leaves the mutex locked, for as long as the thread that locked it
+///            lives.
 /// Errors:    messages on standard output and standard error; see the operations.
 /// Threads:   Lock and Unlock may be called from any thread of any process; the thread that locked
 ///            unlocks.
@@ -29,7 +33,7 @@ class VOR_API TAMutex {
   virtual ~TAMutex();
 
   /// Makes the file if there is none.  Returns 1 if it is there now, -1, with a message on standard
-  /// error, if it could not be made.  The constructor has called it.
+  /// error, if it could not be made or something else has its name.  The constructor has called it.
   int CreateSharedMemory();
 
   /// Waits for the mutex and takes it.  Returns 0 or the error number of pthread_mutex_lock; -1,
@@ -41,7 +45,8 @@ class VOR_API TAMutex {
  private:
   void Open();
 
-  void* _mutex = nullptr;  // a mapped pthread_mutex_t; null if mapping failed
+  void* _mutex = nullptr;            // a mapped pthread_mutex_t; null if mapping failed
+  std::atomic<bool> _isHeld{false};  // locked through this object
   TAFileName _path;
 };
 

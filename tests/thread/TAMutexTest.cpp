@@ -72,7 +72,10 @@ TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
   }
   EXPECT_EQ(*count, 20000);
   for (const auto& entry : std::filesystem::directory_iterator("/tmp")) {
-    EXPECT_EQ(entry.path().native().find(_path + "."), std::string::npos) << entry;
+    for (const pid_t child : children) {
+      const std::string temporary = "/tmp/.TAMutex" + std::to_string(child) + ".";
+      EXPECT_FALSE(entry.path().native().starts_with(temporary)) << entry;
+    }
   }
 }
 
@@ -88,6 +91,25 @@ TEST_F(TAMutexFile, SurvivesAnOwnerThatDies) {
   EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
 }
 
+TEST_F(TAMutexFile, SurvivesAnObjectThatIsDestroyedWhileLocked) {
+  EXPECT_EQ(InProcess([this] {
+              TAMutex other(VorString((_name + "_other").c_str()));
+              TAMutex(VorString(_name.c_str())).Lock();
+              return other.Lock() + other.Unlock();
+            }),
+            0);
+  std::filesystem::remove(_path + "_other");
+  TAMutex mutex(VorString(_name.c_str()));
+  EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
+}
+
+TEST_F(TAMutexFile, TakesTheLongestName) {
+  const std::string name = _name + std::string(248 - _name.size(), 'n');  // the file's has 255
+  TAMutex mutex(VorString(name.c_str()));
+  EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
+  std::filesystem::remove("/tmp/TAMutex" + name);
+}
+
 TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
   std::ofstream(_path) << "short";  // touching it beyond its end would be fatal
   testing::internal::CaptureStdout();
@@ -101,6 +123,9 @@ TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   EXPECT_EQ(TAMutex("/no/such/folder").CreateSharedMemory(), -1);
+  std::filesystem::remove(_path);
+  std::filesystem::create_symlink("/tmp/nowhere" + _name, _path);  // a planted link
+  EXPECT_EQ(TAMutex(VorString(_name.c_str())).CreateSharedMemory(), -1);
   testing::internal::GetCapturedStdout();
   EXPECT_NE(
       testing::internal::GetCapturedStderr().find("TAMutex shared memory creation : mmap failed: "),
