@@ -17,6 +17,7 @@ constexpr std::size_t kArenaSize = 4096;
 constinit IrixLockDriver irixLockDriver;
 
 IrixLockDriver::~IrixLockDriver() {
+  _isActive.store(true);  // a lock made later would leave a file that nobody removes
   if (_maker.load(std::memory_order_acquire) != getpid()) return;
   munmap(_arena, kArenaSize);
   unlink(_arenaPath);

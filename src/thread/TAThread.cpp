@@ -17,14 +17,16 @@ namespace {
 struct Registry {
   TAThreadLock lock;  // guards the lists
   VorListPtrTAThread running;
-  VorListPtrTAThread toDelete;            // detached and finished
-  std::atomic<unsigned> leaveCount{0};    // how often a thread was struck off
-  std::atomic<bool> exitIsCalled{false};  // the process has begun to exit
+  VorListPtrTAThread toDelete;          // detached and finished
+  std::atomic<unsigned> leaveCount{0};  // how often a thread was struck off
 };
+
+// The process has begun to exit.  No part of the registry, which a process without threads lacks.
+constinit std::atomic<bool> exitIsCalled{false};
 
 // Made by the first thread object and never destroyed: threads may finish after the static objects
 // are gone.
-Registry& TheRegistry() {
+Registry& TheRegistry() noexcept {
   static Registry* const registry = new Registry;
   return *registry;
 }
@@ -39,7 +41,7 @@ void DeleteAll(const VorListPtrTAThread& finished) {
 }
 
 // Hands over the detached threads that have finished; their destruction is up to the caller.
-VorListPtrTAThread TakeFinished(Registry& registry) {
+VorListPtrTAThread TakeFinished(Registry& registry) noexcept {
   registry.lock.GetLock();
   VorListPtrTAThread finished(registry.toDelete);
   registry.toDelete.RemoveAll(VorCollec::ReleaseMemory);
@@ -88,7 +90,7 @@ int TAThread::StartTask(bool isDetached) {
   registry.lock.ReleaseLock();
   // Once there is a thread this object is not touched here any more: it may be deleted already.
   try {
-    std::thread([this] { Run(); }).detach();
+    std::thread(_ThreadEntryPoint, static_cast<void*>(this)).detach();
   } catch (const std::exception&) {  // no thread or no memory for it
     return 1;
   }
@@ -104,12 +106,16 @@ void TAThread::Run() {
 
   Registry& registry = TheRegistry();
   registry.lock.GetLock();
-  if (registry.exitIsCalled) return;  // with the lock held
+  if (exitIsCalled) return;  // with the lock held
   // Queued before it counts as gone.  Without the lock the object may be deleted at once.
   if (_isDetached) registry.toDelete.Append(this);
   vor::RemoveFromList(registry.running, this);
   ++registry.leaveCount;
   registry.lock.ReleaseLock();
+}
+
+void _ThreadEntryPoint(void* object) {
+  static_cast<TAThread*>(object)->Run();
 }
 
 void TAThread::Cleanup() {
@@ -133,6 +139,6 @@ void TAThread::WaitForAll() {
 }
 
 int TAThread::exitCalled() {
-  TheRegistry().exitIsCalled = true;
+  exitIsCalled = true;
   return 1;
 }

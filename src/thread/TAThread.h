@@ -40,10 +40,11 @@ class VOR_API TAThread {
 
   /// Sets the arguments: \a first, whatever its value, and the pointers after it up to a null one,
   /// which callers put at the end.  What they point to is not copied and must outlive the thread.
-  /// Returns the vector, which ends with a null pointer and lives until the next SetArgs.
+  /// Returns the vector, which ends with a null pointer and lives until the next SetArgs or the end
+  /// of this object.
   template <typename... Pointers>
   const char** SetArgs(const void* first, Pointers... rest) {
-    const void* const all[] = {first, rest..., nullptr};
+    const void* const all[] = {first, ToPointer(rest)..., nullptr};
     return StoreArgs(all);
   }
   /// The same, with the function.
@@ -79,6 +80,10 @@ class VOR_API TAThread {
   virtual ~TAThread();
 
  private:
+  static const void* ToPointer(const void* pointer) { return pointer; }
+  // For NULL and 0, which reach a template as numbers.
+  static const void* ToPointer(long pointer) { return reinterpret_cast<const void*>(pointer); }
+
   const char** StoreArgs(const void* const* pointers) noexcept;
   int StartTask(bool isDetached);
 
@@ -86,5 +91,8 @@ class VOR_API TAThread {
   bool _isDetached = false;
   Function _func = nullptr;
 };
+
+/// What a new thread begins with: calls Run of the TAThread that \a object points to.
+VOR_API void _ThreadEntryPoint(void* object);
 
 #endif  // VOR_THREAD_TATHREAD_H

@@ -50,7 +50,7 @@ TEST(TAThread, GivesItsFunctionTheArguments) {
 TEST(TAThread, CountsANullFirstArgument) {
   static std::atomic<int> count{-1};
   TAThread thread([](int argc, const char** argv) { count = argv[0] == nullptr ? argc : 9; });
-  const char** args = thread.SetArgs(nullptr, nullptr);
+  const char** args = thread.SetArgs(nullptr, NULL);  // the end is a null pointer in any form
   EXPECT_TRUE(args[0] == nullptr && args[1] == nullptr);
   thread.Start();
   TAThread::WaitForAll();
