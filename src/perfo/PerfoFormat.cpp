@@ -4,13 +4,12 @@
 #include <string>
 #include <utility>
 
-VorString countToStr(int n) {
+VorString countToStr(int n) noexcept {
   // Logs show the third step as T; their readers rely on it.
   constexpr std::array<const char*, 4> kSuffixes = {"", "k", "M", "T"};
   std::size_t unit = 0;
   int rest = 0;
-  // The limit is 1,000 although each step divides by 1,024: four digits are never shown with a
-  // suffix.
+  // The limit is 1,000 although each step divides by 1,024: readers never see more than 1000.
   while (n > 1000 && unit + 1 < kSuffixes.size()) {
     rest = n % 1024;
     n /= 1024;
@@ -24,7 +23,7 @@ VorString countToStr(int n) {
   return text + kSuffixes[unit];
 }
 
-VorString lengthToStr(long seconds) {
+VorString lengthToStr(long seconds) noexcept {
   constexpr long kMinute = 60, kHour = 60 * kMinute, kDay = 24 * kHour;
   if (seconds == 0) return "0s";
   std::string text;

@@ -1,5 +1,6 @@
 #include "perfo/TAPerfo.h"
 
+#include <algorithm>
 #include <mutex>
 #include <ostream>
 
@@ -26,7 +27,14 @@ template <typename Use>
 void ForEachFromLast(Use use) {
   Registry& registry = TheRegistry();
   const std::lock_guard guard(registry.mutex);
-  for (int i = registry.counters.Size(); i > 0; --i) use(*registry.counters[i]);
+  VorListPtrTAPerfo& counters = registry.counters;
+  for (int i = counters.Size(); i > 0; --i) {
+    TAPerfo* const counter = counters[i];
+    use(*counter);
+    // A report may have destroyed others, which moves this one towards the front.
+    i = std::min(i, counters.Size());
+    while (i > 0 && counters[i] != counter) --i;
+  }
 }
 
 }  // namespace
@@ -66,11 +74,11 @@ void TAPerfo::Count(int n) {
   Add(n);
 }
 
-VorString TAPerfo::TotalInTime(time_t now) const {
+VorString TAPerfo::TotalInTime(time_t now) const noexcept {
   return countToStr(Total()) + " in " + lengthToStr(now - _start);
 }
 
-void TAPerfo::Report(VorString& line) noexcept {
+void TAPerfo::Report(VorString& line) {
   const vor::LockHolder holder(_lock);
   line = _name + " " + TotalInTime(time(nullptr));
 }
@@ -78,6 +86,7 @@ void TAPerfo::Report(VorString& line) noexcept {
 void TAPerfo::Report(std::ostream& out) {
   VorString line;
   Report(line);
+  const vor::LockHolder holder(_lock);  // lines from several threads stay whole
   out << line << '\n';
 }
 

@@ -20,9 +20,8 @@ class VorListValVorString;
 /// Ownership: the list does not own the counters; a counter that is destroyed leaves it.
 /// Errors:    none; a count that an int cannot tell wraps round.
 /// Threads:   Count and Report may be called from any thread.  Counters may be made and destroyed
-/// in
-///            any thread, but none may be destroyed while another thread reports all of them.  A
-///            counter may be a static object.
+///            in any thread, but none may be destroyed while another thread reports all of them.
+///            The report of one may make and destroy others.  A counter may be a static object.
 class VOR_API TAPerfo {
  public:
   /// A counter with the name "no-name".
@@ -39,8 +38,9 @@ class VOR_API TAPerfo {
   /// Adds \a n, which may be negative.  Takes no lock.
   virtual void Count(int n);
   /// Puts the report, without a line end, in the place of \a line.
-  virtual void Report(VorString& line) noexcept;
-  /// Writes the same line, with a line end.
+  virtual void Report(VorString& line);
+  /// Writes the same line, with a line end, under the lock of the counter: \a out must not count
+  /// with it.
   virtual void Report(std::ostream& out);
 
   /// Appends the reports of all counters of the process, the one made last first.
@@ -58,7 +58,7 @@ class VOR_API TAPerfo {
   void Add(int n) { _count.fetch_add(static_cast<unsigned>(n), std::memory_order_relaxed); }
   void ClearCount() { _count.store(0, std::memory_order_relaxed); }
   /// What all reports end with: the count, and the time since the start.
-  VorString TotalInTime(time_t now) const;
+  VorString TotalInTime(time_t now) const noexcept;
 
   VorString _name;
   time_t _start = 0;  // seconds since the epoch

@@ -32,7 +32,7 @@ void TAPerfoAv::Count(int n) {
   Add(n);
 }
 
-void TAPerfoAv::Report(VorString& line) noexcept {
+void TAPerfoAv::Report(VorString& line) {
   const vor::LockHolder holder(_lock);
   const time_t now = time(nullptr);
   const long long weighted = static_cast<long long>(Total()) * _length;

@@ -20,7 +20,7 @@ class VOR_API TAPerfoAv : public TAPerfo {
   /// Counts from now on.  The count stays: only its time begins anew.
   void Reset() override;
   void Count(int n) override;
-  void Report(VorString& line) noexcept override;
+  void Report(VorString& line) override;
   using TAPerfo::Report;
 
   ~TAPerfoAv() override;

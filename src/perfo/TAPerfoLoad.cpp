@@ -59,7 +59,7 @@ void TAPerfoLoad::AdvanceTo(time_t now) {
   }
 }
 
-void TAPerfoLoad::Report(VorString& line) noexcept {
+void TAPerfoLoad::Report(VorString& line) {
   TAPerfoLoad::Count(0);  // before the lock is taken, which is not recursive
   const vor::LockHolder holder(_lock);
   unsigned sum = 0;

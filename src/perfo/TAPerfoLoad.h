@@ -22,7 +22,7 @@ class VOR_API TAPerfoLoad : public TAPerfo {
 
   void Reset() override;
   void Count(int n) override;
-  void Report(VorString& line) noexcept override;
+  void Report(VorString& line) override;
   using TAPerfo::Report;
 
   ~TAPerfoLoad() override;

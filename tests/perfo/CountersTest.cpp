@@ -2,6 +2,7 @@
 #include <time.h>
 
 #include <climits>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -95,6 +96,29 @@ TEST(TAPerfo, ReportsAllFromTheLastToTheFirst) {
   std::ostringstream out;
   TAPerfo::GlobalReport(out);
   EXPECT_EQ(out.str().find("second 0 per 1m, 0 in 0s\nfirst 0 in 0s\nstatic "), 0u);
+}
+
+// A counter whose report destroys another one.
+class Ending : public TAPerfo {
+ public:
+  explicit Ending(std::unique_ptr<TAPerfo>& other) : _other(other) {}
+  void Report(VorString& line) override {
+    _other.reset();
+    TAPerfo::Report(line);
+  }
+  using TAPerfo::Report;
+
+ private:
+  std::unique_ptr<TAPerfo>& _other;
+};
+
+TEST(TAPerfo, ReportsEachOnceWhileOthersGo) {
+  std::unique_ptr<TAPerfo> first = std::make_unique<TAPerfo>("first");
+  std::unique_ptr<TAPerfo> second = std::make_unique<TAPerfo>("second");
+  const Ending endsFirst(first), endsSecond(second);
+  VorListValVorString lines;
+  TAPerfo::GlobalReport(lines);
+  EXPECT_EQ(lines.Size(), 3);  // with the static one
 }
 
 TEST(TAPerfo, CountsFromSeveralThreads) {
