@@ -2,13 +2,16 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <pthread.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <string>
 
 #include "base/PosixFile.h"
@@ -60,6 +63,17 @@ bool WriteMutex(const vor::FileDescriptor& file) {
   return isMade;
 }
 
+// Marks a mutex whose owner is gone as the system does.  The system does not where the machine went
+// down, and the C library ends a process that meets such an owner without the mark.
+void MarkDeadOwner(pthread_mutex_t& mutex) {
+  const std::atomic_ref word(mutex.__data.__lock);
+  int seen = word.load(std::memory_order_relaxed);
+  const pid_t owner = seen & FUTEX_TID_MASK;
+  if (owner == 0 || kill(owner, 0) == 0 || errno != ESRCH) return;
+  const unsigned waiters = static_cast<unsigned>(seen) & FUTEX_WAITERS;
+  word.compare_exchange_strong(seen, static_cast<int>(waiters | FUTEX_OWNER_DIED));
+}
+
 // The pattern of a short name beside the final one, which may be as long as names can be.
 std::string TemporaryName(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".TAMutex" + std::to_string(getpid()) + ".XXXXXX";
@@ -104,6 +118,7 @@ int TAMutex::Lock() {
     return -1;
   }
   auto* const mutex = static_cast<pthread_mutex_t*>(_mutex);
+  MarkDeadOwner(*mutex);
   int result = pthread_mutex_lock(mutex);
   if (result == EOWNERDEAD) result = pthread_mutex_consistent(mutex);
   if (result == 0) _isHeld = true;

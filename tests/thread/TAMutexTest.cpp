@@ -91,6 +91,18 @@ TEST_F(TAMutexFile, SurvivesAnOwnerThatDies) {
   EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
 }
 
+TEST_F(TAMutexFile, SurvivesAnOwnerThatWentDownWithTheMachine) {
+  TAMutex mutex(VorString(_name.c_str()));
+  const pid_t gone = fork();
+  if (gone == 0) _exit(0);
+  waitpid(gone, nullptr, 0);
+  // The word of the lock comes first and names its owner.
+  std::fstream file(_path);
+  file.write(reinterpret_cast<const char*>(&gone), sizeof gone);
+  file.close();
+  EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
+}
+
 TEST_F(TAMutexFile, SurvivesAnObjectThatIsDestroyedWhileLocked) {
   EXPECT_EQ(InProcess([this] {
               TAMutex other(VorString((_name + "_other").c_str()));
