@@ -1,0 +1,55 @@
+#include "persistence/TAPObjectSaveContext.h"
+
+#include <fcntl.h>
+#include <ext/stdio_filebuf.h>
+
+#include <fstream>
+#include <locale>
+#include <memory>
+#include <utility>
+
+#include "base/PosixFile.h"
+#include "foundation/Tracing.h"
+
+namespace {
+
+constexpr mode_t kDefaultProtection = 0666;  // less the umask
+
+// A stream on an emptied file, failed if it cannot be opened.  Opened by hand, since fstream::open
+// would let children inherit the file.
+std::unique_ptr<std::fstream> OpenStream(const char* path) {
+  auto stream = std::make_unique<std::fstream>();
+  stream->imbue(std::locale::classic());  // bytes go out as they are, whatever the locale
+  vor::FileDescriptor file =
+      vor::OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, kDefaultProtection);
+  if (file.IsOpen()) {
+    *stream->rdbuf() = __gnu_cxx::stdio_filebuf<char>(file.Release(), std::ios::out);
+  }
+  if (!stream->is_open()) stream->setstate(std::ios::failbit);
+  return stream;
+}
+
+}  // namespace
+
+TAPObjectSaveContext::TAPObjectSaveContext(TAFileName directory) noexcept
+    : _directory(std::move(directory)) {}
+
+TAPObjectSaveContext::~TAPObjectSaveContext() {
+  for (int i = _streams.count - 1; i >= 0; --i) {
+    delete static_cast<std::fstream*>(_streams.values[i]);  // closes
+  }
+}
+
+int TAPObjectSaveContext::GetNewUID() {
+  return std::exchange(_nextUid, static_cast<int>(static_cast<unsigned>(_nextUid) + 1));
+}
+
+std::fstream* TAPObjectSaveContext::GetStream(VorString name) noexcept {
+  const TAFileName key = _directory + name;
+  if (void* const known = _streams[key]) return static_cast<std::fstream*>(known);
+  std::unique_ptr<std::fstream> opened = OpenStream(_directory + (name + ".txt"));
+  std::fstream* const stream = opened.get();
+  FATAL(_streams.Append(key, opened.release()) == nullptr,
+        "TAPObjectSaveContext::GetStream failed, memory allocation failed");
+  return stream;
+}
