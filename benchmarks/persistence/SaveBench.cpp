@@ -72,8 +72,8 @@ std::string ContentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The lines of a save by file.  To write them in the order in which a save does, one would switch
-// between the files, which costs a save nothing.
+// The lines of a save by file.  The peers write one file behind the other, which is easier than the
+// order of a save.
 using Lines = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 Lines LinesOf(TAPObject& root) {

@@ -2,6 +2,7 @@
 #define VOR_PERSISTENCE_SAVELINE_H
 
 #include <charconv>
+#include <cstddef>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -11,7 +12,10 @@ namespace vor {
 /// One line of a saved file, put together in memory so that it reaches the file by one write.
 class SaveLine {
  public:
-  explicit SaveLine(int uid) { *this << uid << ":"; }
+  explicit SaveLine(int uid) {
+    _text.reserve(kUsualSize);
+    *this << uid << ":";
+  }
 
   /// In decimal, whatever the locale.
   SaveLine& operator<<(int number) {
@@ -33,6 +37,8 @@ class SaveLine {
   }
 
  private:
+  static constexpr std::size_t kUsualSize = 120;
+
   std::string _text;
 };
 

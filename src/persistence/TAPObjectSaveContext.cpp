@@ -29,6 +29,11 @@ std::unique_ptr<std::fstream> OpenStream(const char* path) {
   return stream;
 }
 
+void Add(TAIndex& streams, const char* key, void* stream) {
+  FATAL(streams.Append(key, stream) == nullptr,
+        "TAPObjectSaveContext::GetStream failed, memory allocation failed");
+}
+
 }  // namespace
 
 TAPObjectSaveContext::TAPObjectSaveContext(TAFileName directory) noexcept
@@ -45,11 +50,15 @@ int TAPObjectSaveContext::GetNewUID() {
 }
 
 std::fstream* TAPObjectSaveContext::GetStream(VorString name) noexcept {
-  const TAFileName key = _directory + name;
-  if (void* const known = _streams[key]) return static_cast<std::fstream*>(known);
-  std::unique_ptr<std::fstream> opened = OpenStream(_directory + (name + ".txt"));
-  std::fstream* const stream = opened.get();
-  FATAL(_streams.Append(key, opened.release()) == nullptr,
-        "TAPObjectSaveContext::GetStream failed, memory allocation failed");
-  return stream;
+  void* stream = _askedFor[name];
+  if (stream == nullptr) {
+    const TAFileName key = _directory + name;
+    stream = _streams[key];
+    if (stream == nullptr) {
+      stream = OpenStream(_directory + (name + ".txt")).release();
+      Add(_streams, key, stream);
+    }
+    Add(_askedFor, name, stream);
+  }
+  return static_cast<std::fstream*>(stream);
 }

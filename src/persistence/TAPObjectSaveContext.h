@@ -26,8 +26,8 @@
 /// Nothing is escaped, and readers rely on it: they split a line of "Objects.txt" at its first and
 /// its last two colons and any other at its first, and a newline in a text goes out as it is.
 /// What a value contains is written before the line of its attribute, so identifiers grow depth
-/// first.  An object that is reached twice is written twice; one that contains itself is written
-/// for ever.
+/// first.  An object that is reached twice is written twice; a save of one that contains
+/// itself runs out of stack.
 ///
 /// Every line goes to the system by one write as soon as it is complete.
 ///
@@ -53,7 +53,8 @@ class VOR_API TAPObjectSaveContext {
  private:
   int _nextUid = 0;
   const TAFileName _directory;
-  TAIndex _streams;  // from path without extension to std::fstream*, owned
+  TAIndex _streams;   // from path without extension to std::fstream*, owned
+  TAIndex _askedFor;  // the same streams from the names given, which saves making the path
 };
 
 #endif  // VOR_PERSISTENCE_TAPOBJECTSAVECONTEXT_H
