@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "persistence/TAPObject.h"
@@ -28,37 +27,40 @@ class EachType : public testing::Test {
       TAPAttr(), "text", TAFileName("/dir/file"), &object, ListOf({1, 2}), 5, &path};
 };
 
-TEST_F(EachType, GivesTheDefaultForTheOthers) {
-  VorListValTAPAttr otherList;
-  for (int code = 0; code < 7; ++code) {
-    TAPAttr& value = values[static_cast<std::size_t>(code)];
-    for (int other = -1; other < 9; ++other) EXPECT_EQ(value.IsType(other), other == code);
-    EXPECT_STREQ(value.GetString("other"), code == 1 ? "text" : "other");
-    EXPECT_STREQ(value.GetFileName("other"), code == 2 ? "/dir/file" : "other");
-    EXPECT_EQ(value.GetList(otherList).Size(), code == 4 ? 2 : 0);
-    EXPECT_EQ(value.GetInteger(7), code == 5 ? 5 : 7);
-    TAPObject* const gotObject = value.GetObject(&otherObject);
-    EXPECT_EQ(gotObject, code == 3 ? &object : &otherObject);
-    gotObject->Release();
-    TAPPath* const gotPath = value.GetPath(&otherPath);
-    EXPECT_EQ(gotPath, code == 6 ? &path : &otherPath);
-    gotPath->Release();
-  }
+template <typename X>
+X* Released(X* given) {
+  given->Release();
+  return given;
 }
 
-TEST_F(EachType, EndsTheProcessWhenAskedForAnother) {
-  const std::tuple<std::size_t, const char*, std::function<void(TAPAttr&)>> getters[] = {
-      {1, "GetString", [](TAPAttr& value) { value.GetString(); }},
-      {2, "GetFileName", [](TAPAttr& value) { value.GetFileName(); }},
-      {3, "GetObject", [](TAPAttr& value) { value.GetObject()->Release(); }},
-      {4, "GetList", [](TAPAttr& value) { value.GetList(); }},
-      {5, "GetInteger", [](TAPAttr& value) { value.GetInteger(); }},
-      {6, "GetPath", [](TAPAttr& value) { value.GetPath()->Release(); }},
+TEST_F(EachType, GivesTheDefaultOrEndsTheProcessWhereAnotherIsAsked) {
+  VorListValTAPAttr otherList;
+  struct {
+    const char* name;
+    std::function<void(TAPAttr&)> get;
+    std::function<bool(TAPAttr&)> isDefault;
+  } const getters[] = {
+      {"GetString", [](TAPAttr& value) { value.GetString(); },
+       [](TAPAttr& value) { return value.GetString("other") == "other"; }},
+      {"GetFileName", [](TAPAttr& value) { value.GetFileName(); },
+       [](TAPAttr& value) { return value.GetFileName("other") == "other"; }},
+      {"GetObject", [](TAPAttr& value) { Released(value.GetObject()); },
+       [&](TAPAttr& value) { return Released(value.GetObject(&otherObject)) == &otherObject; }},
+      {"GetList", [](TAPAttr& value) { value.GetList(); },
+       [&](TAPAttr& value) { return &value.GetList(otherList) == &otherList; }},
+      {"GetInteger", [](TAPAttr& value) { value.GetInteger(); },
+       [](TAPAttr& value) { return value.GetInteger(7) == 7; }},
+      {"GetPath", [](TAPAttr& value) { Released(value.GetPath()); },
+       [&](TAPAttr& value) { return Released(value.GetPath(&otherPath)) == &otherPath; }},
   };
-  for (const auto& [code, getter, get] : getters) {
-    get(values[code]);
-    EXPECT_DEATH(get(values[code - 1]),
-                 std::string("\nTAPAttr::") + getter + " : bad type for get\n");
+  std::size_t code = 0;
+  for (const auto& [getter, get, isDefault] : getters) {
+    EXPECT_DEATH(get(values[code]), std::string("\nTAPAttr::") + getter + " : bad type for get\n");
+    get(values[++code]);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(isDefault(values[i]), i != code) << getter << i;
+      EXPECT_EQ(values[i].IsType(static_cast<int>(code)), i == code);
+    }
   }
 }
 

@@ -20,6 +20,26 @@ std::string PathOf(const TAPObject& object) {
   return text;
 }
 
+// A shared object, made with new, that tells how many references are held on it.
+template <typename Shared>
+class Probe : public Shared {
+ public:
+  using Shared::Shared;
+  ~Probe() override { *_isGone = true; }
+
+  // Releases all references, so nobody else may use what they held.
+  int CountDown() {
+    bool isGone = false;
+    _isGone = &isGone;
+    int count = 0;
+    for (; !isGone; ++count) this->Release();
+    return count;
+  }
+
+ private:
+  bool* _isGone = nullptr;  // an object that goes too early ends the test
+};
+
 TEST(TAPObject, WalksItsAttributesInOrder) {
   TAPObject object;
   EXPECT_EQ(object.GetFirstAttributePosition(), 0);
@@ -90,6 +110,62 @@ TEST(TAPObject, TellsAChildItsPathWhenItIsPlaced) {
   root.SetAttribute("self", &root);
   root.RemoveAttribute("self");
   EXPECT_EQ(PathOf(root), "/self");
+}
+
+TEST(References, AValueHoldsOneForEachCopy) {
+  auto* const object = new Probe<TAPObject>;
+  {
+    const TAPAttr value(object);
+    value.GetObject();                       // 2, kept
+    value.GetObject(nullptr);                // 3, kept
+    TAPAttr("no object").GetObject(object);  // 4, kept
+    VorListValTAPAttr list;
+    list.Append(value);
+    TAPAttr copy(value), moved(list);
+    copy = moved;
+    moved = TAPAttr(std::move(copy));
+  }
+  EXPECT_EQ(object->CountDown(), 4);
+  EXPECT_EQ(TAPAttr(1).GetObject(nullptr), nullptr);
+}
+
+TEST(References, APathHoldsItsNames) {
+  auto* const name = new Probe<TAPName>("a");
+  {
+    TAPPath path(name), longer(&path, name), copy(longer);
+    EXPECT_STREQ(copy[2]->GetName(), "a");  // 2, kept
+    EXPECT_DEATH(copy[0], "\nTAPPath::\\[\\] : bad index\n");
+    EXPECT_DEATH(copy[3], "\nTAPPath::\\[\\] : bad index\n");
+  }
+  EXPECT_EQ(name->CountDown(), 2);
+}
+
+TEST(References, AnObjectHoldsItsPathAndItsValues) {
+  TAPName childName("child");
+  auto* const path = new Probe<TAPPath>(&childName);
+  auto* const child = new Probe<TAPObject>;
+  auto* const leaf = new Probe<TAPObject>;
+  {
+    TAPObject root;
+    root.SetPath(path);
+    path->Release();
+    root.SetPath(path);  // the only reference is its own
+    root.GetPath();      // 2, kept
+    child->SetAttribute("number", 1);
+    child->SetAttribute("leaf", leaf);
+    root.SetAttribute("child", child);
+    root.SetAttribute("child", root.GetAttribute("child"));
+    root.AppendToAttribute("list", child);
+    for (const char* last : {"leaf", "number", "missing"}) {
+      TAPName name(last);
+      TAPPath walk(path, &name);
+      EXPECT_EQ(root.GetObject(&walk), nullptr);
+    }
+    EXPECT_EQ(root.GetObject(nullptr), nullptr);
+  }
+  EXPECT_EQ(path->CountDown(), 1);
+  EXPECT_EQ(child->CountDown(), 1);
+  EXPECT_EQ(leaf->CountDown(), 2);  // one of the walk that reached it
 }
 
 }  // namespace
