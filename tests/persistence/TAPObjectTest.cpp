@@ -31,9 +31,10 @@ class Probe : public Shared {
   int CountDown() {
     bool isGone = false;
     _isGone = &isGone;
-    int count = 0;
-    for (; !isGone; ++count) this->Release();
-    return count;
+    for (int count = 1;; ++count) {
+      this->Release();
+      if (isGone) return count;
+    }
   }
 
  private:
