@@ -19,12 +19,12 @@ constexpr mode_t kDefaultProtection = 0666;  // less the umask
 // would let children inherit the file.
 std::unique_ptr<std::fstream> OpenStream(const char* path) {
   auto stream = std::make_unique<std::fstream>();
-  stream->imbue(std::locale::classic());  // bytes go out as they are, whatever the locale
   vor::FileDescriptor file =
       vor::OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, kDefaultProtection);
   if (file.IsOpen()) {
     *stream->rdbuf() = __gnu_cxx::stdio_filebuf<char>(file.Release(), std::ios::out);
   }
+  stream->imbue(std::locale::classic());  // bytes go out as they are, whatever the locale
   if (!stream->is_open()) stream->setstate(std::ios::failbit);
   return stream;
 }
