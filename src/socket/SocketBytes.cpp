@@ -2,15 +2,11 @@
 
 #include <algorithm>
 
+#include "socket/BlockFormat.h"
 #include "socket/SocketIo.h"
 
-namespace {
-
-constexpr int kBlank = 32;
-constexpr int kNegative = 64;  // in each digit of a negative size
-constexpr int kLargestPiece = 10240;
-
-}  // namespace
+using vor::kBlank;
+using vor::kNegative;
 
 int GetSize(unsigned char (&header)[4]) {
   int size = 0;
@@ -34,7 +30,7 @@ void SetSize(unsigned char (&header)[4], int n) {
 int socketsaferead(int fd, char* buffer, int n) {
   int got = 0;
   while (got < n) {
-    const auto wanted = static_cast<std::size_t>(std::min(n - got, kLargestPiece));
+    const auto wanted = static_cast<std::size_t>(std::min(n - got, vor::kLargestPiece));
     const auto received = static_cast<int>(vor::ReceiveSome(fd, buffer + got, wanted));
     if (received <= 0) break;
     got += received;

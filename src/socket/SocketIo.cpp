@@ -8,12 +8,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <utility>
 
 namespace vor {
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kRoom = 1 << 12;  // at first
 
@@ -33,6 +36,22 @@ bool PutAll(iovec* pieces, std::size_t count, Put put) {
       left -= part;
       if (pieces->iov_len == 0) ++pieces, --count;
     }
+  }
+}
+
+Wait WaitUntil(int fd, Clock::time_point end) {
+  using std::chrono::milliseconds;
+  for (;;) {
+    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
+    const auto limit = std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max());
+    pollfd polled = {fd, POLLIN, 0};
+    const int ready = poll(&polled, 1, static_cast<int>(limit));
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready < 0) return Wait::kError;
+    if (ready == 0 && left <= limit) return Wait::kTimeOut;
+    if (ready == 0) continue;  // longer than poll can wait
+    if ((polled.revents & POLLNVAL) != 0) return Wait::kError;
+    return (polled.revents & (POLLIN | POLLHUP | POLLERR)) != 0 ? Wait::kReady : Wait::kNotReady;
   }
 }
 
@@ -61,43 +80,56 @@ bool WritePieces(int fd, iovec* pieces, std::size_t count) {
 }
 
 Wait WaitForInput(int fd, int seconds) {
-  using Clock = std::chrono::steady_clock;
-  using std::chrono::milliseconds;
   if (seconds < 0) return Wait::kError;
-  const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
+  return WaitUntil(fd, Clock::now() + std::chrono::seconds(seconds));
+}
+
+void ReceiveBuffer::BeginRead(const ReadLimits& limits) {
+  _isLate = false;
+  _stall = limits.stall;
+  _allowed = limits.bytes > 0 ? static_cast<std::size_t>(limits.bytes)
+                              : std::numeric_limits<std::size_t>::max();
+  _deadline = limits.seconds > 0 ? Clock::now() + std::chrono::seconds(limits.seconds)
+                                 : Clock::time_point::max();
+}
+
+// The time-out of the socket begins anew with every byte: what bounds the whole is waited for here.
+bool ReceiveBuffer::WaitInTime(int fd) {
+  const Clock::time_point now = Clock::now();
+  const Clock::time_point stalled =
+      _stall > 0 ? now + std::chrono::seconds(_stall) : Clock::time_point::max();
+  _isLate = now >= _deadline;
+  if (_isLate) return false;
+  const Wait wait = WaitUntil(fd, std::min(_deadline, stalled));
+  _isLate = wait == Wait::kTimeOut && _deadline <= stalled;
+  return wait == Wait::kReady;
+}
+
+ssize_t ReceiveBuffer::ReceiveOnce(int fd, iovec* pieces, std::size_t count) {
+  if (_deadline != Clock::time_point::max() && !WaitInTime(fd)) return -1;
+  msghdr message = {};
+  message.msg_iov = pieces;
+  message.msg_iovlen = count;
   for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
-    const auto limit = std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max());
-    pollfd polled = {fd, POLLIN, 0};
-    const int ready = poll(&polled, 1, static_cast<int>(limit));
-    if (ready < 0 && errno == EINTR) continue;
-    if (ready < 0) return Wait::kError;
-    if (ready == 0 && left <= limit) return Wait::kTimeOut;
-    if (ready == 0) continue;  // longer than poll can wait
-    if ((polled.revents & POLLNVAL) != 0) return Wait::kError;
-    return (polled.revents & (POLLIN | POLLHUP | POLLERR)) != 0 ? Wait::kReady : Wait::kNotReady;
+    const ssize_t received = recvmsg(fd, &message, 0);
+    if (received >= 0 || errno != EINTR) return received;
   }
 }
 
-ReceiveBuffer::ReceiveBuffer()
-    : _bytes(std::make_unique_for_overwrite<char[]>(kRoom)), _room(kRoom) {}
-
 // What is missing goes where it is wanted at once, and what has arrived behind it into the buffer.
 bool ReceiveBuffer::Receive(int fd, void* out, std::size_t size) {
+  if (!Allows(size) || !Reserve(kRoom)) return false;
+  _allowed -= size;
   auto* to = static_cast<char*>(out);
   for (;;) {
     const std::size_t taken = std::min(size, Size());
     memcpy(to, Data(), taken);
-    Consume(taken);
+    _begin += taken;
     to += taken;
     size -= taken;
     if (size == 0) return true;
     iovec pieces[] = {{to, size}, {_bytes.get(), _room}};
-    msghdr message = {};
-    message.msg_iov = pieces;
-    message.msg_iovlen = 2;
-    const ssize_t count = recvmsg(fd, &message, 0);
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = ReceiveOnce(fd, pieces, std::size(pieces));
     if (count <= 0) return false;
     const std::size_t direct = std::min(static_cast<std::size_t>(count), size);
     to += direct;
@@ -111,7 +143,7 @@ bool ReceiveBuffer::Reserve(std::size_t size) {
   if (size <= _room) return true;
   std::unique_ptr<char[]> larger(new (std::nothrow) char[size]);
   if (larger == nullptr) return false;
-  memcpy(larger.get(), Data(), Size());
+  if (!IsEmpty()) memcpy(larger.get(), Data(), Size());
   _end = Size();
   _begin = 0;
   _bytes = std::move(larger);
@@ -120,12 +152,14 @@ bool ReceiveBuffer::Reserve(std::size_t size) {
 }
 
 bool ReceiveBuffer::Ensure(int fd, std::size_t size) {
+  if (!Allows(size)) return false;
   if (Size() >= size) return true;
   memmove(_bytes.get(), Data(), Size());
   _end = Size();
   _begin = 0;
   while (_end < size) {
-    const ssize_t count = ReceiveSome(fd, _bytes.get() + _end, _room - _end);
+    iovec piece = {_bytes.get() + _end, _room - _end};
+    const ssize_t count = ReceiveOnce(fd, &piece, 1);
     if (count <= 0) return false;
     _end += static_cast<std::size_t>(count);
   }

@@ -3,7 +3,9 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
+#include <limits>
 #include <memory>
 
 struct iovec;
@@ -27,33 +29,58 @@ enum class Wait { kReady, kTimeOut, kError, kNotReady };
 /// interrupt it.  Less than 0 seconds are an error.
 Wait WaitForInput(int fd, int seconds);
 
+/// What bounds a read, each 0 if nothing does.
+struct ReadLimits {
+  int seconds = 0;  // for the whole of it
+  int bytes = 0;    // in all
+  int stall = 0;    // seconds of silence; the socket has them as its receive time-out, too
+};
+
 /// Bytes received ahead of what was asked for, so that many small records cost one system call.
+///
+/// What is asked for fails if the peer closes before, if an error occurs, there is no memory or a
+/// limit of the read is reached.
 class ReceiveBuffer {
  public:
-  ReceiveBuffer();
-
   bool IsEmpty() const { return _begin == _end; }
   /// Forgets what is held.
   void Clear() { _begin = _end = 0; }
 
-  /// Receives \a size bytes; false if the peer closes before or an error occurs.
+  /// Begins a read, which may ask several times.  Its time runs from now on.
+  void BeginRead(const ReadLimits& limits);
+  /// True if \a size bytes more are within the limit of the read.
+  bool Allows(std::size_t size) const { return size <= _allowed; }
+  /// True if the time of the read was over before what it asked for had arrived.
+  bool IsLate() const { return _isLate; }
+
+  /// Receives \a size bytes.
   bool Receive(int fd, void* out, std::size_t size);
 
   // For those who look at the bytes in the buffer itself.
 
   char* Data() { return _bytes.get() + _begin; }
   std::size_t Size() const { return _end - _begin; }
-  void Consume(std::size_t size) { _begin += size; }
+  /// Takes bytes away that Ensure gave.
+  void Consume(std::size_t size) { _begin += size, _allowed -= size; }
   /// Makes room for \a size bytes; false if there is no memory.
   bool Reserve(std::size_t size);
   /// Receives until \a size bytes are held, for which there must be room.  The bytes may move.
   bool Ensure(int fd, std::size_t size);
 
  private:
-  std::unique_ptr<char[]> _bytes;
-  std::size_t _room;
+  using Clock = std::chrono::steady_clock;
+
+  ssize_t ReceiveOnce(int fd, iovec* pieces, std::size_t count);
+  bool WaitInTime(int fd);
+
+  std::unique_ptr<char[]> _bytes;  // null before the first read
+  std::size_t _room = 0;
   std::size_t _begin = 0;  // of what is held, in _bytes
   std::size_t _end = 0;
+  std::size_t _allowed = std::numeric_limits<std::size_t>::max();  // bytes still, for this read
+  Clock::time_point _deadline = Clock::time_point::max();          // of this read
+  int _stall = 0;
+  bool _isLate = false;
 };
 
 }  // namespace vor

@@ -77,7 +77,8 @@ TASocket::TASocket() noexcept : TASocket(kDefaultBuffer) {}
 TASocket::TASocket(int bufferSize) noexcept
     : _bufferSize(static_cast<std::size_t>(std::max(bufferSize, kSmallestBuffer))),
       _writeBuffer(std::make_unique_for_overwrite<char[]>(_bufferSize)),
-      _receivedWords(std::make_unique<vor::ReceivedWords>()) {
+      _receivedWords(std::make_unique<vor::ReceivedWords>()),
+      _received(std::make_unique<vor::ReceiveBuffer>()) {
   signal(SIGPIPE, SIG_IGN);
 }
 
@@ -115,6 +116,7 @@ int TASocket::OpenServer(int port) noexcept {
   }
   if (listen(_fd, kBacklog) != 0) return Abandon("unable to listen on server socket");
   _state = kOpen;
+  _listens = true;
   return 0;
 }
 
@@ -145,6 +147,7 @@ int TASocket::OpenClient(const VorString& host, int port, int timeout) noexcept 
 void TASocket::TakeOver(int fd) {
   _fd = fd;
   _state = kOpen;
+  _listens = false;
   ApplyStallLimit();
 }
 
@@ -197,7 +200,7 @@ int TASocket::Close() {
   _state = kClosed;
   _sentWords.Reset();
   _receivedWords->Clear();
-  if (_received != nullptr) _received->Clear();
+  _received->Clear();
   return 0;
 }
 
@@ -210,7 +213,12 @@ int TASocket::GetPort() const {
 
 void TASocket::SetStallLimit(int seconds) {
   _stallLimit = std::max(seconds, 0);
-  if (IsOpen()) ApplyStallLimit();
+  if (IsOpen() && !_listens) ApplyStallLimit();
+}
+
+void TASocket::SetReadLimits(int seconds, int bytes) {
+  _readSeconds = std::max(seconds, 0);
+  _readBytes = std::max(bytes, 0);
 }
 
 void TASocket::ApplyStallLimit() const {

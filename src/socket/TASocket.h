@@ -37,15 +37,19 @@ class ReceivedWords;
 /// setting; it answers in the same way from then on.
 ///
 /// A time limit is in whole seconds; one below 1 means to wait without limit.  It is for the first
-/// byte of what is read; SetStallLimit bounds the waiting within a transfer.  The bytes are not
-/// encrypted and the peer is not authenticated.
+/// byte of what is read; SetStallLimit bounds the silence within a transfer, and SetReadLimits the
+/// time and the bytes of a whole read.  The bytes are not encrypted and the peer is not
+/// authenticated.
 ///
 /// Ownership: the socket owns its descriptor, which children do not inherit; the destructor closes
 ///            it.  Counters are not owned.
 /// Errors:    operations return 0 for success, 1 for an error and, where said, 2 for a time-out;
 ///            GetErrMsg tells the reason.  After a failed read the connection may stand in the
 ///            middle of a block: close it.  Bytes from a peer, whatever they are, end in one of
-///            these errors, and take no more memory than arrived of them.
+///            these errors.  Memory is taken for what arrived, not for what is promised, and for
+///            the text of a compressed block, of 16,777,215 bytes at most.  Where there is none,
+///            a read ends in its error; only what a list itself takes, and the words that are sent
+///            in compressed blocks, end the process.
 /// Threads:   a socket belongs to one thread at a time.  The constructor makes the whole process
 ///            ignore SIGPIPE.
 class VOR_API TASocket {
@@ -54,7 +58,7 @@ class VOR_API TASocket {
   TASocket() noexcept;
   /// A write buffer of \a bufferSize bytes, at least 5.  It bounds the text blocks that can be sent
   /// (bufferSize - 5 bytes each) and the pieces in which files travel: both ends should use the
-  /// same.
+  /// same.  Whatever the buffer, no block is larger than 16,777,215 bytes.
   explicit TASocket(int bufferSize) noexcept;
   TASocket(const TASocket&) = delete;
   TASocket& operator=(const TASocket&) = delete;
@@ -92,8 +96,17 @@ class VOR_API TASocket {
   /// Ends a transfer, as if the peer had closed, when the peer sends or takes nothing for \a
   /// seconds in the middle of it; 0, as at first, waits without limit.  It holds for this
   /// connection and the later ones of this socket.  Waits for whole blocks to begin are not
-  /// concerned if they have a time limit of their own.
+  /// concerned if they have a time limit of their own, and a server socket that waits for
+  /// connections never is.
   void SetStallLimit(int seconds);
+
+  /// Bounds each whole read of a block, record or file, so that no peer can draw it out: its time,
+  /// from when what waited in the buffer was sent to the last byte, and the \a bytes that it takes,
+  /// headers and lengths included.  A text that a compressed block stands for is bounded by them as
+  /// well.  0, as at first, is no limit.  Beyond the time a read gives 2 and the message of a
+  /// time-out, beyond the bytes 1 and the message of what is cut short; a size above the bound is
+  /// not waited for.  It holds for this connection and the later ones of this socket.
+  void SetReadLimits(int seconds, int bytes);
 
   /// The reason of the last failure, or "no error on socket".  The text lives until the next
   /// operation.
@@ -117,7 +130,8 @@ class VOR_API TASocket {
   /// Reads one block into \a list, which is emptied first.
   int GetBlock(VorListValVorString& list, int timeout) noexcept;
 
-  /// Sends \a n bytes, at most 16,777,215, at once.
+  /// Sends \a n bytes, at most 16,777,215, at once; only the header of an empty block waits in the
+  /// buffer.
   int PutBinBlock(int n, const void* data) noexcept;
   /// Reads a binary block.  *data is allocated with malloc and to be freed with free by the caller;
   /// null if the result is not 0.
@@ -155,17 +169,23 @@ class VOR_API TASocket {
   int Accept(TASocket& client);
 
   int BeginRead(int timeout);
+  int EndRead(int result);
+  int FailForTime();
+  std::size_t LargestText() const;
   int BeginWrite();
   int CheckRecv(int timeout);
   bool Receive(void* out, std::size_t size);
   bool ReceiveInto(std::string& text, std::size_t size);
   int ReceiveSize(int& size, const char* message);
   int ReceiveText(VorString& text);
+  int ReceiveList(VorListValVorString& list);
+  int ReceiveBinary(int* n, void** data);
   int ReceivePlain(int size, std::string& text);
   template <typename Use>
   int ReceiveWords(Use use);
   int ReceiveInteger(int& value);
-  int ReceiveString(std::string& text);
+  int ReceiveString(std::string& text, std::size_t largest);
+  int ReceiveRecord(VorString& text);
 
   bool MustCompress() const;
   int FailForSize(long long size);
@@ -188,10 +208,13 @@ class VOR_API TASocket {
   std::string _sizeMessage;  // what _errMsg points to if it tells a size
   TAPerfo* _readPerfo = nullptr;
   TAPerfo* _writePerfo = nullptr;
-  int _stallLimit = 0;
+  int _stallLimit = 0;                                 // seconds
+  int _readSeconds = 0;                                // of a whole read
+  int _readBytes = 0;                                  // of a whole read
+  bool _listens = false;                               // if open
   TAIndex _sentWords;                                  // with their identifiers
   std::unique_ptr<vor::ReceivedWords> _receivedWords;  // of the peer
-  std::unique_ptr<vor::ReceiveBuffer> _received;       // made by the first read
+  std::unique_ptr<vor::ReceiveBuffer> _received;       // ahead of what was read
 };
 
 #endif  // VOR_SOCKET_TASOCKET_H

@@ -1,3 +1,4 @@
+#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/uio.h>
@@ -13,6 +14,7 @@
 #include "base/VorListValVorString.h"
 #include "foundation/TextUtilities.h"
 #include "perfo/TAPerfo.h"
+#include "socket/BlockFormat.h"
 #include "socket/ReceivedWords.h"
 #include "socket/SocketBytes.h"
 #include "socket/SocketIo.h"
@@ -20,15 +22,17 @@
 
 namespace {
 
-constexpr std::size_t kHeaderSize = 4;
-constexpr std::size_t kIntegerSize = 4;
-constexpr int kEndOfDefinitions = -1;
-constexpr int kLargestSize = 16777215;        // that a header can tell
-constexpr std::size_t kLargestPiece = 10240;  // bytes of a text taken at once
-constexpr std::size_t kFirstRoom = 1 << 16;   // bytes allocated before any have arrived
+using vor::kHeaderSize;
+using vor::kIntegerSize;
+using vor::kLargestSize;
+using vor::kNoSize;
+using vor::kNotFlushed;
+using vor::kNotFull;
 
-constexpr const char* kNoSize = "Unable to get block size";
-constexpr const char* kNotFull = "Unable to get full block";
+constexpr std::size_t kFirstRoom = 1 << 16;  // bytes allocated before any have arrived
+
+constexpr const char* kNoTextSize = "Unable to get block size ";  // unlike that of records
+constexpr const char* kNoMemory = "Unable to alloc memory for GetBinBlock";
 
 std::string_view AsC(const VorString& text) {
   return text.CastToCharPtr();
@@ -42,9 +46,9 @@ void Count(TAPerfo* counter, std::size_t bytes) {
 void CutAtNuls(std::string& text) {
   if (text.find('\0') == std::string::npos) return;
   std::string cut;
-  for (std::size_t at = 0; at < text.size(); at += kLargestPiece) {
-    cut.append(text.data() + at,
-               strnlen(text.data() + at, std::min(kLargestPiece, text.size() - at)));
+  constexpr std::size_t kPiece = vor::kLargestPiece;
+  for (std::size_t at = 0; at < text.size(); at += kPiece) {
+    cut.append(text.data() + at, strnlen(text.data() + at, std::min(kPiece, text.size() - at)));
   }
   text = std::move(cut);
 }
@@ -58,17 +62,28 @@ void CutAtNuls(std::string& text) {
 int TASocket::BeginRead(int timeout) {
   if (!IsOpen()) return Fail("Socket not opened, unable to get data block");
   if (Flush() != 0) return 1;
+  _received->BeginRead({_readSeconds, _readBytes, _stallLimit});
+  if (_readSeconds > 0) timeout = timeout >= 1 ? std::min(timeout, _readSeconds) : _readSeconds;
   return timeout >= 1 ? CheckRecv(timeout) : 0;
 }
 
+// What all reads end with: that the time was over goes before what was missing then.
+int TASocket::EndRead(int result) {
+  return result != 0 && _received->IsLate() ? FailForTime() : result;
+}
+
+int TASocket::FailForTime() {
+  Fail("Error reading from stream socket (select): Connection timed out");
+  return 2;
+}
+
 int TASocket::CheckRecv(int timeout) {
-  if (_received != nullptr && !_received->IsEmpty()) return 0;
+  if (!_received->IsEmpty()) return 0;
   switch (vor::WaitForInput(_fd, timeout)) {
     case vor::Wait::kReady:
       return 0;
     case vor::Wait::kTimeOut:
-      Fail("Error reading from stream socket (select): Connection timed out");
-      return 2;
+      return FailForTime();
     case vor::Wait::kNotReady:
       Fail("Error reading from stream socket (select): File descriptor not ready");
       return 2;
@@ -78,13 +93,13 @@ int TASocket::CheckRecv(int timeout) {
 }
 
 bool TASocket::Receive(void* out, std::size_t size) {
-  if (_received == nullptr) _received = std::make_unique<vor::ReceiveBuffer>();
   return _received->Receive(_fd, out, size);
 }
 
 int TASocket::ReceiveSize(int& size, const char* message) {
   unsigned char header[kHeaderSize];
   if (!Receive(header, sizeof header)) return Fail(message);
+  if (!vor::IsHeader(header)) return Fail(kNotFull);
   size = GetSize(header);
   return 0;
 }
@@ -100,6 +115,7 @@ int TASocket::ReceiveInteger(int& value) {
 
 // A size is only a promise: room is made for what arrives.
 bool TASocket::ReceiveInto(std::string& text, std::size_t size) {
+  if (!_received->Allows(size)) return false;
   text.clear();
   while (text.size() < size) {
     const std::size_t start = text.size();
@@ -110,13 +126,28 @@ bool TASocket::ReceiveInto(std::string& text, std::size_t size) {
 }
 
 // The text ends at its first NUL, as the C strings of the peers do.
-int TASocket::ReceiveString(std::string& text) {
+int TASocket::ReceiveString(std::string& text, std::size_t largest) {
   int length = 0;
   if (ReceiveInteger(length) != 0) return 1;
-  if (length < 0) return Fail(kNoSize);
+  if (length < 0 || static_cast<std::size_t>(length) > largest) return Fail(kNoSize);
   if (!ReceiveInto(text, static_cast<std::size_t>(length))) return Fail(kNoSize);
   text.resize(strlen(text.c_str()));
   return 0;
+}
+
+int TASocket::ReceiveRecord(VorString& text) try {
+  std::string received;
+  if (ReceiveString(received, INT_MAX) != 0) return 1;
+  text = VorString(std::move(received));
+  return 0;
+} catch (const std::bad_alloc&) {
+  return Fail(kNoSize);
+}
+
+// No text is longer than a header can tell, or than this end wants it.
+std::size_t TASocket::LargestText() const {
+  const int largest = _readBytes > 0 ? std::min(_readBytes, kLargestSize) : kLargestSize;
+  return static_cast<std::size_t>(largest);
 }
 
 int TASocket::ReceivePlain(int size, std::string& text) {
@@ -129,16 +160,21 @@ int TASocket::ReceivePlain(int size, std::string& text) {
 // Reads what follows the header of a compressed block, and calls use(word) for each word of it.
 template <typename Use>
 int TASocket::ReceiveWords(Use use) {
-  std::string word;
+  // The new words are words of the text, and each goes with a blank but one.
+  const std::size_t room = LargestText() + 1;
+  std::size_t defined = 0;
   for (int id = 0;;) {
     if (ReceiveInteger(id) != 0) return 1;
-    if (id == kEndOfDefinitions) break;
-    if (ReceiveString(word) != 0) return 1;
+    if (id == vor::kEndOfDefinitions) break;
+    if (defined == room) return Fail(kNotFull);
+    std::string word;
+    if (ReceiveString(word, room - defined - 1) != 0) return 1;
+    defined += word.size() + 1;
     _receivedWords->Define(id, std::move(word));
   }
   int count = 0;
   if (ReceiveInteger(count) != 0) return 1;
-  // A few bytes could name long words again and again: no block is longer than a header can tell.
+  // A few bytes could name long words again and again.
   if (count > kLargestSize) return Fail(kNotFull);
   std::size_t total = 0;
   for (; count > 0; --count) {
@@ -147,17 +183,16 @@ int TASocket::ReceiveWords(Use use) {
     const std::string* const found = _receivedWords->Find(id);
     if (found == nullptr) return Fail(kNotFull);
     total += found->size() + 1;
-    if (total > static_cast<std::size_t>(kLargestSize) + 1) return Fail(kNotFull);
+    if (total > room) return Fail(kNotFull);
     use(*found);
   }
   return 0;
 }
 
-int TASocket::ReceiveText(VorString& text) {
+int TASocket::ReceiveText(VorString& text) try {
   text = VorString();
   int size = 0;
-  // With a blank at the end, unlike that of records.
-  if (ReceiveSize(size, "Unable to get block size ") != 0) return 1;
+  if (ReceiveSize(size, kNoTextSize) != 0) return 1;
   if (size == 0) return 0;
   if (size < 0) _state = kCompressed;  // for what this end writes as well
   std::string received;
@@ -173,41 +208,54 @@ int TASocket::ReceiveText(VorString& text) {
   }
   text = VorString(std::move(received));
   return 0;
+} catch (const std::bad_alloc&) {
+  return Fail(kNotFull);
 }
 
 int TASocket::GetBlock(VorString& text, int timeout) noexcept {
   const int result = BeginRead(timeout);
-  return result != 0 ? result : ReceiveText(text);
+  return result != 0 ? result : EndRead(ReceiveText(text));
 }
 
-int TASocket::GetBlock(VorListValVorString& list, int timeout) noexcept {
-  list.RemoveAll(VorCollec::KeepMemory);
-  int result = BeginRead(timeout);
-  if (result != 0) return result;
+int TASocket::ReceiveList(VorListValVorString& list) try {
   int size = 0;
-  if (ReceiveSize(size, "Unable to get block size ") != 0) return 1;
+  if (ReceiveSize(size, kNoTextSize) != 0) return 1;
   if (size == 0) return 0;
   if (size < 0) _state = kCompressed;
   if (_state == kCompressed) {
-    result = ReceiveWords([&list](const std::string& word) { list.Append(VorString(word)); });
-    if (result != 0) list.RemoveAll(VorCollec::ReleaseMemory);
-    return result;
+    // The copy is made where it can fail.
+    return ReceiveWords(
+        [&list](const std::string& word) { list.Append(VorString(std::string(word))); });
   }
   std::string received;
   if (ReceivePlain(size, received) != 0) return 1;
   Split(VorString(std::move(received)), list);
   return 0;
+} catch (const std::bad_alloc&) {
+  return Fail(kNotFull);
+}
+
+int TASocket::GetBlock(VorListValVorString& list, int timeout) noexcept {
+  list.RemoveAll(VorCollec::KeepMemory);
+  int result = BeginRead(timeout);
+  if (result == 0) result = EndRead(ReceiveList(list));
+  if (result != 0) list.RemoveAll(VorCollec::ReleaseMemory);
+  return result;
 }
 
 int TASocket::GetBinBlock(int* n, void** data, int timeout) noexcept {
   *n = 0;
   *data = nullptr;
   const int result = BeginRead(timeout);
-  if (result != 0) return result;
+  return result != 0 ? result : EndRead(ReceiveBinary(n, data));
+}
+
+int TASocket::ReceiveBinary(int* n, void** data) {
   int size = 0;
   if (ReceiveSize(size, kNoSize) != 0) return 1;
-  if (size < 0) return Fail("Unable to alloc memory for GetBinBlock");
+  if (size < 0) return Fail(kNoMemory);
   const auto wanted = static_cast<std::size_t>(size);
+  if (!_received->Allows(wanted)) return Fail(kNotFull);
   std::size_t room = 0;
   std::size_t got = 0;
   char* bytes = nullptr;
@@ -216,7 +264,7 @@ int TASocket::GetBinBlock(int* n, void** data, int timeout) noexcept {
     char* const grown = static_cast<char*>(realloc(bytes, std::max<std::size_t>(room, 1)));
     if (grown == nullptr) {
       free(bytes);
-      return Fail("Unable to alloc memory for GetBinBlock");
+      return Fail(kNoMemory);
     }
     bytes = grown;
     if (!Receive(bytes + got, room - got)) {
@@ -232,16 +280,12 @@ int TASocket::GetBinBlock(int* n, void** data, int timeout) noexcept {
 
 int TASocket::Read(int& value, int timeout) noexcept {
   const int result = BeginRead(timeout);
-  return result != 0 ? result : ReceiveInteger(value);
+  return result != 0 ? result : EndRead(ReceiveInteger(value));
 }
 
 int TASocket::Read(VorString& text, int timeout) noexcept {
   const int result = BeginRead(timeout);
-  if (result != 0) return result;
-  std::string received;
-  if (ReceiveString(received) != 0) return 1;
-  text = VorString(std::move(received));
-  return 0;
+  return result != 0 ? result : EndRead(ReceiveRecord(text));
 }
 
 // Writing.
@@ -253,7 +297,7 @@ int TASocket::BeginWrite() {
 int TASocket::Flush() {
   if (!IsOpen() || _pending == 0) return 0;
   iovec piece = {_writeBuffer.get(), std::exchange(_pending, 0)};
-  return vor::SendAll(_fd, &piece, 1) ? 0 : Fail("Unable to flush buffer");
+  return vor::SendAll(_fd, &piece, 1) ? 0 : Fail(kNotFlushed);
 }
 
 // There must be room.
@@ -303,11 +347,12 @@ int TASocket::PutWords(int mark, NextWord next) {
       continue;
     }
     const int id = _sentWords.count;
-    _sentWords.Append(word, reinterpret_cast<void*>(static_cast<std::intptr_t>(id)));
+    void* const value = reinterpret_cast<void*>(static_cast<std::intptr_t>(id));
+    if (_sentWords.Append(word, value) == nullptr) return FailForSize(-mark);
     ids.push_back(id);
     if (Write(id) != 0 || Write(VorString(word)) != 0) return 1;
   }
-  if (Write(kEndOfDefinitions) != 0 || Write(static_cast<int>(ids.size())) != 0) return 1;
+  if (Write(vor::kEndOfDefinitions) != 0 || Write(static_cast<int>(ids.size())) != 0) return 1;
   for (const int id : ids) {
     if (Write(id) != 0) return 1;
   }
@@ -355,6 +400,9 @@ int TASocket::PutBlock(const VorListValVorString& list) noexcept {
     ToLine(list, joined);
     return PutBlock(joined);
   }
+  long long size = list.Size() - 1;  // blanks
+  for (int i = 1; i <= list.Size(); ++i) size += static_cast<long long>(AsC(list[i]).size());
+  if (size > kLargestSize) return FailForSize(size);
   int position = 0;
   return PutWords(-std::max(list.Size(), 1), [&]() -> const char* {
     return position < list.Size() ? list[++position].CastToCharPtr() : nullptr;
@@ -395,7 +443,7 @@ int TASocket::PutBinBlock(int n, const void* data) noexcept {
     // The data follow what waits in the buffer without a detour through it.
     iovec pieces[] = {{_writeBuffer.get(), std::exchange(_pending, 0)},
                       {const_cast<void*>(data), static_cast<std::size_t>(n)}};
-    if (!vor::SendAll(_fd, pieces, 2)) return Fail("Unable to flush buffer");
+    if (!vor::SendAll(_fd, pieces, 2)) return Fail(kNotFlushed);
   }
   Count(_writePerfo, static_cast<std::size_t>(n));
   return 0;

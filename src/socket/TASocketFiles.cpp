@@ -8,11 +8,13 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
 #include "base/PosixFile.h"
 #include "perfo/TAPerfo.h"
+#include "socket/BlockFormat.h"
 #include "socket/SocketBytes.h"
 #include "socket/SocketIo.h"
 #include "socket/TASocket.h"
@@ -22,7 +24,11 @@
 
 namespace {
 
-constexpr std::size_t kHeaderSize = 4;
+using vor::kHeaderSize;
+using vor::kLargestSize;
+using vor::kNotFlushed;
+using vor::kNotFull;
+
 constexpr std::size_t kBatchBlocks = 8;  // blocks read and sent at once
 constexpr std::size_t kLargeBuffer = 1 << 15;
 constexpr std::size_t kWindow = 1 << 17;  // bytes received and written at once
@@ -30,7 +36,6 @@ constexpr char kCarriageReturn = 13;
 
 constexpr const char* kCannotRead = "Unable to read file for TASocket::PutFile";
 constexpr const char* kCannotWrite = "Unable to write in file for TASocket::GetFile";
-constexpr const char* kNotFull = "Unable to get full block";
 
 // Gathers blocks where they lie, so that the file is written in large pieces.
 class FileWriter {
@@ -61,10 +66,11 @@ const char* ReceiveBlocks(int fd, vor::ReceiveBuffer& in, std::size_t largest, F
   for (;;) {
     // Where bytes are missing, those in the buffer make room for them: they are written before.
     if (in.Size() < kHeaderSize && !writer.Flush()) return kCannotWrite;
-    if (!in.Ensure(fd, kHeaderSize)) return "Unable to get block size";
+    if (!in.Ensure(fd, kHeaderSize)) return vor::kNoSize;
     unsigned char header[kHeaderSize];
     memcpy(header, in.Data(), kHeaderSize);
     in.Consume(kHeaderSize);
+    if (!vor::IsHeader(header)) return kNotFull;
     const int size = GetSize(header);
     if (size == 0) return nullptr;
     const auto wanted = static_cast<std::size_t>(size);
@@ -97,7 +103,8 @@ int TASocket::AppendFile(int fd, long long& total) {
     if (_pending + kHeaderSize >= _bufferSize && Flush() != 0) return 1;
     if (_pending == 0 && SendWholeBlocks(fd, total) != 0) return 1;
     // A block takes the room that is left in the buffer; the file is read right into it.
-    const std::size_t room = _bufferSize - _pending - kHeaderSize;
+    const std::size_t room =
+        std::min<std::size_t>(_bufferSize - _pending - kHeaderSize, kLargestSize);
     if (room < 1) return Fail("Unable to free write buffer");
     const ssize_t count = vor::ReadSome(fd, _writeBuffer.get() + _pending + kHeaderSize, room);
     if (count < 0) return Fail(kCannotRead);
@@ -119,7 +126,8 @@ int TASocket::SendWholeBlocks(int fd, long long& total) {
     return info.st_size - total >= static_cast<long long>(2 * blockSize);
   };
   if (!isWorthIt()) return 0;
-  const auto batch = std::make_unique_for_overwrite<char[]>(kBatchBlocks * blockSize);
+  const std::unique_ptr<char[]> batch(new (std::nothrow) char[kBatchBlocks * blockSize]);
+  if (batch == nullptr) return 0;  // one by one, then
   while (isWorthIt()) {
     const auto left = static_cast<std::size_t>(info.st_size - total) / blockSize;
     const std::size_t wanted = std::min(left, kBatchBlocks) * blockSize;
@@ -137,7 +145,7 @@ int TASocket::SendWholeBlocks(int fd, long long& total) {
       pieces[used++] = {header, kHeaderSize};
       pieces[used++] = {batch.get() + at, size};
     }
-    if (!vor::SendAll(_fd, pieces, used)) return Fail("Unable to flush buffer");
+    if (!vor::SendAll(_fd, pieces, used)) return Fail(kNotFlushed);
     total += count;
   }
   return 0;
@@ -145,24 +153,22 @@ int TASocket::SendWholeBlocks(int fd, long long& total) {
 
 int TASocket::GetFile(const VorString& file, int timeout) noexcept {
   const int result = BeginRead(timeout);
-  return result != 0 ? result : ReceiveFile(file, false);
+  return result != 0 ? result : EndRead(ReceiveFile(file, false));
 }
 
 int TASocket::GetFileASCII(const VorString& file, int timeout) noexcept {
   const int result = BeginRead(timeout);
-  return result != 0 ? result : ReceiveFile(file, true);
+  return result != 0 ? result : EndRead(ReceiveFile(file, true));
 }
 
 int TASocket::ReceiveFile(const VorString& file, bool dropsReturns) {
-  if (_received == nullptr) _received = std::make_unique<vor::ReceiveBuffer>();
-  if (!_received->Reserve(std::max(kWindow, _bufferSize))) {
-    return Fail("Unable to create read buffer");
-  }
+  const std::size_t largest = std::min<std::size_t>(_bufferSize, kLargestSize);
+  if (!_received->Reserve(std::max(kWindow, largest))) return Fail("Unable to create read buffer");
   const vor::FileDescriptor output = vor::OpenFile(file, O_WRONLY | O_CREAT | O_TRUNC);
   if (!output.IsOpen()) return Fail(kCannotWrite);
   FileWriter writer(output.Get(), dropsReturns);
   long long total = 0;
-  const char* problem = ReceiveBlocks(_fd, *_received, _bufferSize, writer, total);
+  const char* problem = ReceiveBlocks(_fd, *_received, largest, writer, total);
   // Whole blocks stay in the file, whatever came after them.
   if (!writer.Flush() && problem == nullptr) problem = kCannotWrite;
   if (problem != nullptr) return Fail(problem);
