@@ -93,12 +93,17 @@ constexpr const char* kServeHelp =
     "transport is NOT ENCRYPTED: requests, the token and the results can be read on the\n"
     "network.\n"
     "\n"
+    "A requester has 10 seconds and 1 MiB to say what it wants.  A selection whose results\n"
+    "could be more than an answer holds, 1 MiB as well, is refused before any test runs.\n"
+    "Who is refused gets no answer; the reason is shown here.\n"
+    "\n"
     "  --port PORT       where to listen, on all addresses; 0 for any free port, which\n"
     "                    is shown\n"
     "  --tests FILE, --jobs N, --timeout SECONDS\n"
     "                    as for 'campaign run'\n"
     "  --results DIR     keep the output in DIR/name.log (default: only while it is sent)\n"
-    "  --requests N      end after this many requests (default: 0, go on)\n"
+    "  --requests N      end after this many requests, with those that fail (default: 0,\n"
+    "                    go on)\n"
     "  --token FILE      refuse requests that do not carry the content of this file\n"
     "  --help            show this text\n"
     "\n"
@@ -113,7 +118,8 @@ constexpr const char* kRequestHelp =
     "  --host HOST --port PORT\n"
     "                    where the server is\n"
     "  --timeout SECONDS keep trying to reach the server, and wait for the results, for\n"
-    "                    this time each (default: one attempt, no limit on the results)\n"
+    "                    this time each (default: one attempt, no limit on the results);\n"
+    "                    the outputs may then take as long as they go on arriving\n"
     "  --out DIR         store the output of each test in DIR/name.log\n"
     "  --token FILE      carry the content of this file, as the server wants\n"
     "  --help            show this text\n";
@@ -125,7 +131,8 @@ constexpr const char* kExpressionHelp =
     "\n";
 
 constexpr const char* kStatusHelp =
-    "Exit status: 0 all passed, 1 some did not, 2 wrong usage or unreadable input";
+    "Exit status: 0 all passed, 1 some did not, 2 wrong usage, unreadable input or no test\n"
+    "selected";
 
 }  // namespace
 
@@ -133,7 +140,7 @@ std::string HelpFor(Command command) {
   if (command == Command::kServe) return kServeHelp;
   if (command == Command::kRequest) {
     return std::string(kRequestHelp) + kExpressionHelp + kStatusHelp +
-           ",\n3 the server could not be reached or broke off.\n";
+           ", 3 the server could not be reached, refused or broke off.\n";
   }
   return std::string(kRunHelp) + kExpressionHelp +
          "Ctrl-C kills every running test with its processes and still shows the results.\n\n" +

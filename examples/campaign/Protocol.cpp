@@ -5,11 +5,12 @@
 #include <string.h>
 
 #include <charconv>
+#include <cmath>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string_view>
 
-#include "TestList.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
@@ -17,7 +18,11 @@ namespace {
 
 constexpr std::size_t kLongestToken = 4096;
 constexpr int kTimeoutCode = 99;
-constexpr int kFields = 3;  // of a result
+constexpr std::size_t kLongestAnswer = kSocketBuffer - 5;  // that the buffer takes as one block
+constexpr int kFields = 3;                                 // of a result
+constexpr double kLongestTest = 999999999;                 // seconds: thirty years
+// What goes with a name into an answer at most: return code, seconds, a blank behind each.
+constexpr std::size_t kLongestFields = sizeof "256" + sizeof "999999999.00" + 1;
 
 template <typename Number>
 bool ParseNumber(std::string_view text, Number* number) {
@@ -61,6 +66,12 @@ bool TakeExpression(const std::string& query, const std::string& token, std::str
   return true;
 }
 
+bool FitsAnswer(const std::vector<Test>& tests) {
+  std::size_t size = 0;
+  for (const Test& test : tests) size += test.name.size() + kLongestFields;
+  return size <= kLongestAnswer;
+}
+
 void ListResults(const std::vector<TestResult>& results, VorListValVorString* answer) {
   for (const TestResult& result : results) {
     char seconds[32];
@@ -73,12 +84,15 @@ void ListResults(const std::vector<TestResult>& results, VorListValVorString* an
 
 bool ParseResults(const VorListValVorString& answer, std::vector<TestResult>* results) {
   if (answer.Size() % kFields != 0) return false;
+  std::set<std::string> names;
   for (int i = 1; i <= answer.Size(); i += kFields) {
     TestResult result;
     result.name = std::string(answer[i].View());
-    if (!IsSafeName(result.name)) return false;
+    if (!IsSafeName(result.name) || !names.insert(result.name).second) return false;
     if (!ParseNumber(answer[i + 1].View(), &result.returnCode)) return false;
     if (!ParseNumber(answer[i + 2].View(), &result.seconds)) return false;
+    // Written so that what is no number is refused too.
+    if (std::signbit(result.seconds) || !(result.seconds <= kLongestTest)) return false;
     result.outcome = result.returnCode == 0              ? Outcome::kPassed
                      : result.returnCode == kTimeoutCode ? Outcome::kTimedOut
                                                          : Outcome::kFailed;

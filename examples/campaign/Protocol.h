@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "TestList.h"
 #include "TestResult.h"
 
 class VorListValVorString;
@@ -21,6 +22,10 @@ constexpr int kSocketBuffer = 1 << 20;
 /// Seconds after which a peer that neither sends nor takes anything within a transfer is given up.
 constexpr int kStallLimit = 60;
 
+/// What a server takes of a requester before it gives up: seconds to say what it wants, and bytes.
+constexpr int kQuerySeconds = 10;
+constexpr int kQueryBytes = 1 << 20;
+
 /// Reads the token of a file, without line ends behind it; "" for no file.  Returns "" or one line
 /// that says what is wrong.
 std::string LoadToken(const std::string& path, std::string* token);
@@ -32,8 +37,12 @@ std::string MakeQuery(const std::string& token, const std::string& expression);
 /// this takes tells nothing about the token.
 bool TakeExpression(const std::string& query, const std::string& token, std::string* expression);
 
+/// True if the results of \a tests fit into an answer, whatever they are.
+bool FitsAnswer(const std::vector<Test>& tests);
+
 /// Results as the elements of the answer, and back.  ParseResults gives false if this is no answer
-/// of a server, or one with names that cannot be file names.
+/// of a server, or one with names that cannot be file names or are there twice, or with a time that
+/// none can have taken.
 void ListResults(const std::vector<TestResult>& results, VorListValVorString* answer);
 bool ParseResults(const VorListValVorString& answer, std::vector<TestResult>* results);
 

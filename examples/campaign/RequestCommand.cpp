@@ -20,10 +20,11 @@ std::string Ask(const Options& options, const std::string& token, TASocket& sock
                                          : socket.OpenClient(host, options.port);
   if (opened != 0) return server + ": " + socket.GetErrMsg();
   VorListValVorString answer;
+  socket.SetReadLimits(options.timeout, 0);
   if (socket.PutBlock(VorString(MakeQuery(token, options.expression))) != 0 ||
       socket.GetBlock(answer, options.timeout) != 0) {
     return server + " gave no answer (" + socket.GetErrMsg() +
-           "); it may want another token or have ended";
+           "); it may have refused the request or have ended";
   }
   if (!ParseResults(answer, results)) return server + " gave an answer that is none";
   return "";
@@ -32,6 +33,7 @@ std::string Ask(const Options& options, const std::string& token, TASocket& sock
 // Receives the output files, which are in the order of the results.
 std::string Fetch(const std::string& folder, TASocket& socket, std::vector<TestResult>* results) {
   socket.SetStallLimit(kStallLimit);
+  socket.SetReadLimits(0, 0);  // outputs may be of any size
   for (TestResult& result : *results) {
     std::string file = "/dev/null";
     if (!folder.empty()) {

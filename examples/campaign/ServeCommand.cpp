@@ -18,15 +18,16 @@ namespace campaign {
 namespace {
 
 constexpr int kAcceptSeconds = 1;  // how long an interrupt may have to wait for the next request
-constexpr int kQuerySeconds = 10;  // for a requester that has connected to say what it wants
 
 /// The folder of the output files: the one that is asked for, or one that goes away again.
 class ResultsFolder {
  public:
   explicit ResultsFolder(const std::string& wanted) : _path(wanted) {
     if (!wanted.empty()) return;
-    _path = std::filesystem::temp_directory_path() / "campaign_XXXXXX";
+    std::error_code ignored;
+    _path = std::filesystem::temp_directory_path(ignored) / "campaign_XXXXXX";
     _isOwn = mkdtemp(_path.data()) != nullptr;
+    if (!_isOwn) _problem = "cannot make " + _path + ": " + strerror(errno);
   }
   ResultsFolder(const ResultsFolder&) = delete;
   ResultsFolder& operator=(const ResultsFolder&) = delete;
@@ -36,9 +37,12 @@ class ResultsFolder {
   }
 
   const std::string& Path() const { return _path; }
+  /// "", or why there is none.
+  const std::string& Problem() const { return _problem; }
 
  private:
   std::string _path;
+  std::string _problem;
   bool _isOwn = false;
 };
 
@@ -59,6 +63,7 @@ class Server {
       TASocket peer(kSocketBuffer);
       peer.SetPerfo(&_received, &_sent);
       peer.SetStallLimit(kStallLimit);
+      peer.SetReadLimits(kQuerySeconds, kQueryBytes);
       VorString query;
       const int result = _socket.GetQuery(kQuerySeconds, query, peer, kAcceptSeconds);
       if (result == 2) continue;
@@ -83,9 +88,11 @@ class Server {
     const std::vector<Test> selected = SelectTests(_tests, expression);
     printf("request for %zu tests\n", selected.size());
     fflush(stdout);
+    if (!FitsAnswer(selected)) return "refused, the results are more than an answer can hold";
     const ResultsFolder folder(_options.resultsFolder);
     std::vector<std::string> logFiles;
-    const std::string problem = MakeLogFiles(selected, folder.Path(), &logFiles);
+    std::string problem = folder.Problem();
+    if (problem.empty()) problem = MakeLogFiles(selected, folder.Path(), &logFiles);
     if (!problem.empty()) return problem;
 
     Progress progress(static_cast<int>(selected.size()));

@@ -13,7 +13,7 @@ struct Test {
 };
 
 /// True if a name can become a file name below a folder and be shown: no step of it leads up or
-/// out, and it holds no control characters.
+/// out, and it holds no control characters of Unicode, marks of text direction among them.
 bool IsSafeName(const std::string& name);
 
 /// Reads the test list \a path: one test a line, comment lines as IsComment tells them.  Returns

@@ -10,7 +10,8 @@
 // A negative size has 64 added to each digit as well.  It does not come back unchanged: receivers
 // look at its sign only, which marks a compressed block.
 
-/// Decodes \a header.  The result is negative if any byte has the mark of a negative size.
+/// Decodes \a header.  The result is negative if any byte has the mark of a negative size.  Bytes
+/// that SetSize never makes give some number, which may be larger than any size.
 VOR_API int GetSize(unsigned char (&header)[4]);
 
 /// Encodes \a n into \a header.  A size above 16,777,215 loses its upper bits.
