@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/VorListValVorString.h"
+#include "foundation/FieldScan.h"
 #include "foundation/TextUtilities.h"
 #include "perfo/TAPerfo.h"
 #include "socket/BlockFormat.h"
@@ -222,14 +223,14 @@ int TASocket::ReceiveList(VorListValVorString& list) try {
   if (ReceiveSize(size, kNoTextSize) != 0) return 1;
   if (size == 0) return 0;
   if (size < 0) _state = kCompressed;
-  if (_state == kCompressed) {
-    // The copy is made where it can fail.
-    return ReceiveWords(
-        [&list](const std::string& word) { list.Append(VorString(std::string(word))); });
-  }
+  // The copy is made where it can fail.
+  const auto append = [&list](std::string_view word) { list.Append(VorString(std::string(word))); };
+  if (_state == kCompressed) return ReceiveWords(append);
   std::string received;
   if (ReceivePlain(size, received) != 0) return 1;
-  Split(VorString(std::move(received)), list);
+  // As Split cuts it.
+  vor::FieldScan words(received, " ");
+  for (std::string_view word; words.Next(&word);) append(word);
   return 0;
 } catch (const std::bad_alloc&) {
   return Fail(kNotFull);

@@ -104,6 +104,11 @@ TEST_F(CampaignRun, RefusesBadInputInOneLineAndStartsNothing) {
       {"run --tests " + _dir.Path() + " '*'", "Is a directory"},
       {list("a true\nb\n"), "bad.list:2: test 'b' has no command"},
       {list("a true\nb true\na false\n"), "bad.list:3: test 'a' is there twice"},
+      {list("a\xc2\x9b"
+            "31m true\n"),
+       "bad.list:1: a name with control characters cannot be used"},
+      {list("a\x9b true\n"), "control characters"},
+      {list("a\xe2\x80\xae true\n"), "control characters"},
       {list("../a true\n"), "'../a' cannot be used as a test name"},
       {list("/a true\n"), "cannot be used"},
       {list("a/./b true\n"), "cannot be used"},

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "VorToolsInfrastructure.h"
 #include "campaign/RunTool.h"
@@ -133,24 +134,58 @@ TEST_F(CampaignServe, RequestersThatDisappearCostTheirRequestOnly) {
   EXPECT_THAT(end.output, HasSubstr("request failed: Unable to flush buffer"));
 }
 
+TEST_F(CampaignServe, RefusesWhatItCannotReadOrAnswer) {
+  const std::string mark = _dir / "ran";
+  std::string tests = "small touch " + mark + "\n";
+  for (int i = 0; i < 5000; ++i) {
+    tests += std::string(200, 'x') + std::to_string(i) + " touch " + mark + "\n";
+  }
+  Server server(Tests(tests) + "--requests 3");
+  EXPECT_EQ(server.Request("'*'").status, 3);
+  {
+    TASocket endless(1 << 22);
+    server.Connect(endless);
+    endless.PutBlock(VorString(std::string(1 << 20, '*')));
+    VorListValVorString answer;
+    EXPECT_EQ(endless.GetBlock(answer, 30), 1);
+  }
+  EXPECT_NE(access(mark.c_str(), F_OK), 0);
+  EXPECT_EQ(server.Request("small").status, 0);
+  const Outcome end = server.End();
+  EXPECT_THAT(end.output, HasSubstr("refused, the results are more than an answer can hold"));
+  EXPECT_THAT(end.output, HasSubstr("request failed: Unable to get full block"));
+}
+
 TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheFolder) {
   TASocket server;
   ASSERT_EQ(server.OpenServer(0), 0);
   const std::string request = "request --host localhost --port " +
                               std::to_string(server.GetPort()) + " --out " + File("out") + "'*'";
-  for (const char* answer : {"../evil 0 1.0", "/tmp/evil 0 1.0", "a", "a x 1.0", "a 0 1.0"}) {
+  const std::string whole = "a 0 1.0";
+  const std::vector<std::string> answers = {"../evil 0 1.0",
+                                            "/tmp/evil 0 1.0",
+                                            "a",
+                                            "a x 1.0",
+                                            "a 0 inf",
+                                            "a 0 nan",
+                                            "a 0 -1.0",
+                                            "a\xc2\x9b"
+                                            "31m 0 1.0",
+                                            whole + " " + whole,
+                                            whole};
+  for (const std::string& answer : answers) {
     std::thread serving([&] {
       TASocket peer;
       VorString query;
       EXPECT_EQ(server.GetQuery(30, query, peer), 0);
-      peer.PutBlock(answer);
+      peer.PutBlock(VorString(answer));
       peer.PutBinBlock(2, "no");  // of a file that never ends
     });
     const Outcome run = Campaign(request);
     serving.join();
     EXPECT_EQ(run.status, 3) << answer;
-    EXPECT_THAT(run.output, testing::AnyOf(HasSubstr("gave an answer that is none"),
-                                           HasSubstr("the output of a did not arrive")));
+    EXPECT_THAT(run.output, HasSubstr(answer == whole ? "the output of a did not arrive"
+                                                      : "gave an answer that is none"));
   }
   EXPECT_NE(access((_dir / "evil.log").c_str(), F_OK), 0);
 }

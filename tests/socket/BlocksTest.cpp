@@ -88,8 +88,9 @@ Outcome ReadInteger(TASocket& socket) {
   return {result, std::to_string(value), socket.GetErrMsg()};
 }
 
-Outcome Receive(const Reader& read, const std::string& bytes) {
+Outcome Receive(const Reader& read, const std::string& bytes, int limit = 0) {
   TASocket ours;
+  ours.SetReadLimits(0, limit);
   const RawPeer peer(ours, bytes);
   return read(ours);
 }
@@ -213,6 +214,12 @@ TEST(Blocks, MustFitTheBuffer) {
   EXPECT_EQ(ours.PutBinBlock(16777216, huge.data()), 1);
   EXPECT_STREQ(ours.GetErrMsg(), "Unable to put block in buffer (block size is 16777216)");
   EXPECT_EQ(ours.PutBinBlock(-1, huge.data()), 1);
+  {
+    const Compression on;
+    const std::string half(8388608, 'x');
+    EXPECT_EQ(ours.PutBlock(List({half.c_str(), half.c_str()})), 1);
+    EXPECT_STREQ(ours.GetErrMsg(), "Unable to put block in buffer (block size is 16777217)");
+  }
   ours.Close();
   EXPECT_EQ(peer.ReceiveAll().size(), 8191u);
 
@@ -289,8 +296,12 @@ TEST(Blocks, CutShortAtAnyByteEndInTheirError) {
       const Outcome cut = Receive(row.read, row.bytes.substr(0, size));
       EXPECT_EQ(cut.result, 1) << row.bytes << size;
       EXPECT_EQ(cut.message, size < row.header ? row.noHeader : row.noRest) << row.bytes << size;
+      // A bound is as good as an end.
+      if (size > 0) {
+        EXPECT_EQ(Receive(row.read, row.bytes, static_cast<int>(size)).message, cut.message);
+      }
     }
-    EXPECT_EQ(Receive(row.read, row.bytes).value, row.value);
+    EXPECT_EQ(Receive(row.read, row.bytes, static_cast<int>(row.bytes.size())).value, row.value);
   }
 }
 
@@ -310,7 +321,12 @@ TEST(Blocks, HostileBytesAreRefused) {
       {"word never defined", ReadText, mark + Integer(-1) + Integer(1) + Integer(0), kNotFull},
       {"word never defined", ReadList, mark + Integer(-1) + Integer(1) + Integer(-5), kNotFull},
       {"impossible count", ReadText, mark + Integer(-1) + Integer(INT32_MAX), kNotFull},
-      {"largest bytes", ReadText, std::string(400, '\xbf'), kNotFull},
+      {"above all sizes", ReadText, std::string(400, '\xbf'), kNotFull},
+      {"above all sizes", ReadBinary, std::string(400, '\xa0'), kNotFull},
+      {"one, from a digit below 0", ReadText, "\x1f   x", kNotFull},
+      {"one, from a digit below 0", ReadList, "\x1f   x", kNotFull},
+      {"one, from a digit below 0", ReadBinary, "\x1f   x", kNotFull},
+      {"zero, from opposite digits", ReadText, "\x60\x1f  ", kNotFull},
   };
   for (const auto& row : rows) {
     const Outcome outcome = Receive(row.read, row.bytes);
@@ -326,6 +342,17 @@ TEST(Blocks, HostileBytesAreRefused) {
     const RawPeer peer(ours);
     std::thread sender([&] { peer.Send(blown); });
     EXPECT_EQ(read(ours).message, kNotFull);
+    sender.join();
+  }
+  // Definitions, used or not, are no more than a block.
+  const std::string half = Word(std::string(8388608, 'x'));
+  const std::string none = Integer(-1) + Integer(0);
+  for (const std::string& words : {Word(std::string(16777216, 'x')), half + Integer(1) + half}) {
+    TASocket ours;
+    const RawPeer peer(ours);
+    std::thread sender([&] { peer.Send(mark + Integer(0) + words + none); });
+    EXPECT_EQ(ReadText(ours).message, kNoSize);
+    ours.Close();
     sender.join();
   }
 }

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/time.h>
 
 #include <functional>
@@ -140,6 +141,21 @@ TEST(Connections, AStalledTransferEnds) {
   VorString text;
   EXPECT_EQ(ours.GetBlock(text, 5), 1);
   EXPECT_STREQ(ours.GetErrMsg(), "Unable to get full block");
+}
+
+TEST(Connections, AListeningSocketIsNotStalled) {
+  EXPECT_EQ(InProcess([] {
+              const int lowest = dup(0);
+              close(lowest);
+              TASocket server;
+              server.OpenServer(0);
+              server.SetStallLimit(1);
+              timeval limit = {-1, 0};
+              socklen_t size = sizeof limit;
+              if (getsockopt(lowest, SOL_SOCKET, SO_RCVTIMEO, &limit, &size) != 0) return 1;
+              return limit.tv_sec == 0 ? 0 : 2;
+            }),
+            0);
 }
 
 TEST(Connections, APeerThatHasGoneIsAnErrorAndNoSignal) {
