@@ -44,7 +44,7 @@ void Connect(TASocket& client, const std::uint8_t* data, std::size_t size) {
   previous = peer;  // closed when its bytes have been read
 }
 
-int ReadOne(int kind, TASocket& socket) {
+int ReadOne(int kind, int largest, TASocket& socket) {
   VorString text;
   VorListValVorString list;
   int result = 0, n = 0;
@@ -52,7 +52,7 @@ int ReadOne(int kind, TASocket& socket) {
   switch (kind) {
     case 0:
       result = socket.GetBlock(text, 0);
-      Expect(text.Length() <= 4 * kLargestSize);
+      Expect(text.Length() <= largest);
       return result;
     case 1:
       return socket.GetBlock(list, 0);
@@ -74,8 +74,9 @@ int ReadOne(int kind, TASocket& socket) {
 
 }  // namespace
 
-// Input: a byte for each of up to eight reads, ended by a newline; the bytes of the peer.  Whatever
-// they are, the reads end, in success or in an error that is told.
+// Input: a byte for each of up to eight reads, of which those above 127 are bounded, ended by a
+// newline; the bytes of the peer.  Whatever they are, the reads end, in success or in an error that
+// is told.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto* const kindsEnd = static_cast<const std::uint8_t*>(memchr(data, '\n', size));
   if (kindsEnd == nullptr || kindsEnd - data > 8 || size > 60000) return 0;
@@ -83,7 +84,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::uint8_t* const bytes = kindsEnd + 1;
   Connect(client, bytes, size - static_cast<std::size_t>(bytes - data));
   for (const std::uint8_t* kind = data; kind < kindsEnd; ++kind) {
-    const int result = ReadOne(*kind % 7, client);
+    const int bound = *kind > 127 ? 100 : 0;
+    client.SetReadLimits(bound, bound);
+    const int result = ReadOne(*kind % 7, bound > 0 ? bound : kLargestSize, client);
     Expect(result == 0 || result == 1);
     if (result == 1) Expect(strcmp(client.GetErrMsg(), "no error on socket") != 0);
   }

@@ -47,9 +47,9 @@ class ReceivedWords;
 ///            GetErrMsg tells the reason.  After a failed read the connection may stand in the
 ///            middle of a block: close it.  Bytes from a peer, whatever they are, end in one of
 ///            these errors.  Memory is taken for what arrived, not for what is promised, and for
-///            the text of a compressed block, of 16,777,215 bytes at most.  Where there is none,
-///            a read ends in its error; only what a list itself takes, and the words that are sent
-///            in compressed blocks, end the process.
+///            the text of a compressed block, of 16,777,215 bytes at most.  Where memory runs out,
+///            a read ends in its error; it ends the process only where a list grows and where a
+///            list or a compressed block is gathered to be sent.
 /// Threads:   a socket belongs to one thread at a time.  The constructor makes the whole process
 ///            ignore SIGPIPE.
 class VOR_API TASocket {
