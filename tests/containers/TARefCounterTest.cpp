@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 namespace {
 
 class Shared : public TARefCounter {
@@ -35,6 +37,15 @@ TEST(TARefCounterDeathTest, RefusesTheDeletionOfWhatOthersHold) {
   EXPECT_DEATH(delete shared, "Delete on referenced object");
   shared->Release();
   shared->Release();
+}
+
+TEST(TARefCounterDeathTest, RefusesTheReleaseOfADeadObject) {
+  bool alive = false;
+  alignas(Shared) unsigned char room[sizeof(Shared)];
+  auto* shared = new (room) Shared(alive);
+  shared->~Shared();
+  // A sanitizer may notice the dead object before the count does.
+  EXPECT_DEATH(shared->Release(), "Too many release on object|does not point to an object");
 }
 
 }  // namespace
