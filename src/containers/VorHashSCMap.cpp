@@ -80,7 +80,7 @@ VorHashSCMap::~VorHashSCMap() {
 }
 
 void VorHashSCMap::Init(int size, float loadFactor) {
-  RemoveAll();
+  clear();  // through its slot: a map that keeps a walk of its own must hear of the change
   free(_table);
   _maxSize = size < kSmallestSize ? kSmallestSize : size;
   _loadFactor = loadFactor > 0.0F && loadFactor < 1.0F ? loadFactor : kDefaultLoadFactor;
@@ -128,11 +128,14 @@ int VorHashSCMap::search(const char* key, void** value) {
 }
 
 int VorHashSCMap::searchR(node* head, const char* key, void** value) {
-  if (head == nullptr || value == nullptr) return 0;
-  const node* found = FindIn(head, Key(key));
-  if (found == nullptr) return 0;
-  *value = found->value;
-  return 1;
+  if (value == nullptr) return 0;
+  for (; head != nullptr; head = head->next) {
+    // The chain may be the caller's own, so its digests tell nothing.
+    if (head->key == nullptr || strcmp(head->key, key) != 0) continue;
+    *value = head->value;
+    return 1;
+  }
+  return 0;
 }
 
 const char* VorHashSCMap::insert(const char* key, void* value) {

@@ -207,6 +207,10 @@ TEST(VorHashSCMap, OffersThePiecesItIsMadeOf) {
   EXPECT_EQ(map.searchR(head, "other", &value), 0);
   EXPECT_EQ(map.searchR(head, "last", nullptr), 0);
   EXPECT_EQ(map.searchR(nullptr, "last", &value), 0);
+  char text[] = "own";
+  VorHashSCMap::node own = {text, Value(3), head, 0};  // made without createNode
+  EXPECT_EQ(map.searchR(&own, "own", &value), 1);
+  EXPECT_EQ(value, Value(3));
   VorHashSCMap::addFreeNode(&map, nullptr);
   VorHashSCMap::addFreeNode(&map, last);
   VorHashSCMap::addFreeNode(&map, head);
@@ -268,6 +272,11 @@ TEST(VorHashRWMap, KeepsItsWalkUntilAChange) {
   map.remove("a");
   EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("b"));
   map.clear();
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre());
+
+  map.insert("c", Value(3));
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("c"));
+  static_cast<VorHashSCMap&>(map).Init(8, 0.75F);
   EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre());
 }
 
