@@ -6,7 +6,8 @@
 namespace vor {
 
 /// \a size bytes that are zero, to be released with free(); null if there is no memory.  A large
-/// table gets large pages where the system has them, so that scattered accesses find their pages.
+/// table is put on large pages where the system has them to give, which makes scattered accesses
+/// cheaper.
 void* AllocateZeroed(std::size_t size);
 
 }  // namespace vor

@@ -12,7 +12,7 @@ class VorMapIterator;
 /// A dictionary with a name: untyped pointers under texts.
 ///
 /// Ownership: copies the keys, never owns the values.
-/// Errors:    as told below; a null key is never present.
+/// Errors:    a null key is never present; where memory is out, as VorHashSCMap.
 /// Threads:   not synchronised; distinct components are independent.
 class VOR_API TAComponent {
  public:
@@ -25,7 +25,8 @@ class VOR_API TAComponent {
   void SetName(VorString name);
   const VorString& GetName() const;
 
-  /// Adds a pair: 0.  Returns 1, with nothing changed, if the key is present already or null.
+  /// Adds a pair: 0, also if there was no memory for it.  Returns 1, with nothing changed, if the
+  /// key is present already or null.
   int Insert(const char* key, void* value);
   int Insert(const VorString& key, void* value);
 
@@ -47,13 +48,15 @@ class VOR_API TAComponent {
   /// The number of pairs.
   int GetSize();
 
-  /// A walk over all pairs, in the order of the map, that the caller deletes.
+  /// A walk over all pairs, in the order of the map, that the caller deletes; null without memory.
   VorMapIterator* GetIterator();
 
-  /// The same walk, but kept by the component: valid until the next change, never to be deleted.
+  /// The same walk, but kept by the component: valid until the next change, never to be deleted;
+  /// null without memory.
   VorHashRWMapIteratorRef* GetIteratorRef();
 
-  /// Replaces \a keys by all keys in ascending strcmp order and returns their number.
+  /// Replaces \a keys by all keys in ascending strcmp order and returns their number.  Without
+  /// memory for a walk there are none, which also holds for DumpKeys.
   int GetList(VorListValVorString& keys);
 
   /// Writes every key as a trace line, in the order of the map.

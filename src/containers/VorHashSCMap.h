@@ -14,12 +14,13 @@ class VorStringPool;
 /// Keys that share a bucket form a chain, the newest in front.  When the number of pairs reaches
 /// load factor x buckets, the buckets double: the old ones are walked in order and each pair goes
 /// to the front of its new bucket.  A walk follows the buckets and their chains, so its order is
-/// the same wherever the same keys were inserted and removed in the same order.
+/// the same in all maps that were made alike and changed alike, in the same order.
 ///
 /// Ownership: copies the keys, into the pool if it was given one, which must outlive it; never owns
 ///            the values.  A key copy lives until its pair is removed, in a pool until the pool is
 ///            cleared, which only an empty map survives.
-/// Errors:    null results as told below; where memory is out, a message on standard output tells.
+/// Errors:    null results as told below; a message on standard output tells of a pair or buckets
+///            that there was no memory for.  Without memory to double, the buckets stay as many.
 /// Threads:   distinct maps are independent, whoever uses them; one map must not be changed by one
 ///            thread while another uses it.  Maps that share a pool count as one.
 class VOR_API VorHashSCMap : public VorMap {
@@ -41,7 +42,7 @@ class VOR_API VorHashSCMap : public VorMap {
 
   ~VorHashSCMap() override;
 
-  /// Removes all pairs and makes the map anew, as the constructor does.
+  /// Removes all pairs, by clear, and makes the map anew, as the constructor does.
   void Init(int size, float loadFactor);
 
   /// The number of pairs.
@@ -54,7 +55,7 @@ class VOR_API VorHashSCMap : public VorMap {
   /// Adds a pair in front of its chain and gives the map's copy of the key.  Null, with nothing
   /// changed, if \a key is null or already present, or if there is no memory for another node.  A
   /// key that cannot be copied (no memory, too long for the pool) also gives null, but its pair
-  /// counts, as one with a null key that nothing finds.
+  /// counts, as one with a null key that walks show and nothing finds.
   const char* insert(const char* key, void* value) override;
 
   /// Removes the pair of \a key, if there is one; a null key is ignored.
@@ -71,12 +72,13 @@ class VOR_API VorHashSCMap : public VorMap {
 
   /// Adds a block of nodes to the free ones.
   static void createBlocOfFreeNode();
-  /// A node with a copy of \a key as \a map makes it, linked to \a next; null without memory.
+  /// A node with a copy of \a key as \a map makes it, linked to \a next.  Null without memory for
+  /// the node; its key is null without memory for the copy.
   static node* createNode(VorHashSCMap* map, const char* key, void* value, node* next);
   /// Gives a node of \a map back to the free ones, and its key copy with it; null is ignored.
   static void addFreeNode(VorHashSCMap* map, node* n);
   /// Looks \a key up in the chain that starts at \a head: 1, with its value in *value, or 0, also
-  /// where \a head or \a value is null.
+  /// where \a head or \a value is null.  The digests of the nodes do not matter.
   int searchR(node* head, const char* key, void** value);
 
  protected:

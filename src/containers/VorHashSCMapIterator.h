@@ -11,7 +11,8 @@
 /// Threads:   used by one thread at a time.
 class VOR_API VorHashSCMapIterator : public VorMapIterator {
  public:
-  /// A walk with room for \a size pairs and none in it.  Without memory its room is 0.
+  /// A walk with room for \a size pairs and none in it.  Its room is 0 for a negative size and
+  /// where there is no memory.
   explicit VorHashSCMapIterator(int size);
   ~VorHashSCMapIterator() override;
 
