@@ -70,9 +70,13 @@ bool WriteAll(int fd, const void* data, std::size_t size) {
   return true;
 }
 
-bool ReadToEnd(int fd, std::string& out) {
-  std::size_t piece = FirstPiece(fd);
+bool ReadToEnd(int fd, std::string& out, std::size_t limit) {
   std::size_t size = out.size();
+  std::size_t piece = FirstPiece(fd);
+  if (piece > kFirstPiece && size + (piece - 1) > limit) {
+    errno = EFBIG;
+    return false;
+  }
   try {
     for (;;) {
       out.resize(size + piece);
@@ -80,6 +84,10 @@ bool ReadToEnd(int fd, std::string& out) {
       if (count > 0) size += static_cast<std::size_t>(count);
       out.resize(size);
       if (count <= 0) return count == 0;
+      if (size > limit) {
+        errno = EFBIG;
+        return false;
+      }
       // What is left of the room taken is used before more is asked for.
       const std::size_t spare = out.capacity() - size;
       piece =

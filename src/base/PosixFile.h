@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <limits>
 #include <string>
 
 namespace vor {
@@ -45,8 +46,10 @@ bool WriteAll(int fd, const void* data, std::size_t size);
 
 /// Appends the rest of a file to \a out: by one sized read where the file tells its size, by
 /// growing pieces where it does not (/proc, pipes).  False on an error, errno says which; \a out
-/// then holds what was read before it.  A file that memory cannot hold is an error (ENOMEM).
-bool ReadToEnd(int fd, std::string& out);
+/// then holds what was read before it.  A file that memory cannot hold is an error (ENOMEM), and so
+/// is one that makes \a out longer than \a limit bytes (EFBIG).
+bool ReadToEnd(int fd, std::string& out,
+               std::size_t limit = std::numeric_limits<std::size_t>::max());
 
 }  // namespace vor
 

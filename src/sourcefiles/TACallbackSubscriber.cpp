@@ -1,0 +1,5 @@
+#include "sourcefiles/TACallbackSubscriber.h"
+
+TACallbackSubscriber::TACallbackSubscriber() = default;
+
+TACallbackSubscriber::~TACallbackSubscriber() = default;

@@ -1,0 +1,5 @@
+#include "sourcefiles/TAEventBufferDeletion.h"
+
+const char* TAEventBufferDeletion::GetEventName() const {
+  return "EventBufferDeletion";
+}

@@ -1,0 +1,223 @@
+#include "sourcefiles/VorFileBuffer.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "sourcefiles/TACallbackSubscriber.h"
+#include "sourcefiles/VorFileBufferPool.h"
+#include "sourcefiles/VorFileBufferPoolThread.h"
+#include "support/Eventually.h"
+#include "support/InProcess.h"
+#include "support/TempDir.h"
+
+namespace {
+
+// Counts the deletions that it hears of.
+class Listener : public TACallbackSubscriber {
+ public:
+  int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent*) override {
+    auto* const buffer = static_cast<VorFileBuffer*>(publisher);
+    size += buffer->getBufferSize();
+    if (then) then(*buffer);
+    return 0;
+  }
+
+  std::atomic<int> size{0};
+  std::function<void(VorFileBuffer&)> then;
+};
+
+bool GetsLoaded(const VorFileBuffer* buffer) {
+  return Eventually([buffer] { return buffer->isLoaded() == 1; });
+}
+
+std::vector<VorFileBuffer*> MakeBuffers(const std::string& path, std::size_t count) {
+  std::vector<VorFileBuffer*> buffers;
+  while (buffers.size() < count) buffers.push_back(new VorFileBuffer(path.c_str()));
+  return buffers;
+}
+
+}  // namespace
+
+TEST(VorFileBuffer, LoadsOnDemand) {
+  const TempDir dir;
+  const std::string content = std::string(1'500'000, 'x') + '\0' + "end";
+  auto* const buffer = new VorFileBuffer(dir.Write("file", content).c_str());
+  EXPECT_EQ(buffer->getFileName(), dir / "file");
+  EXPECT_TRUE(buffer->isLoaded() == 0 && buffer->isDestroyed() == 0);
+  ASSERT_EQ(buffer->getBufferSize(), static_cast<int>(content.size()));
+  EXPECT_EQ(std::string(buffer->getBuffer(), content.size() + 1), content + '\0');
+  EXPECT_EQ(buffer->isLoaded(), 1);
+  EXPECT_EQ(buffer->Release(), 0);
+
+  auto* const empty = new VorFileBuffer(dir.Write("empty", "").c_str());
+  EXPECT_STREQ(empty->getBuffer(), "");
+  EXPECT_EQ(empty->getBufferSize(), 0);
+  empty->Release();
+
+  const std::string missing = dir / "missing", folder = dir.Path();
+  for (const char* name : {missing.c_str(), folder.c_str(), static_cast<const char*>(nullptr)}) {
+    auto* const unreadable = new VorFileBuffer(name);
+    EXPECT_TRUE(unreadable->getBuffer() == nullptr && unreadable->getBufferSize() == 0);
+    EXPECT_EQ(unreadable->isLoaded(), 1);
+    dir.Write("missing", "too late");
+    EXPECT_EQ(unreadable->getBuffer(), nullptr);
+    unreadable->Release();
+  }
+}
+
+TEST(VorFileBuffer, RefusesWhatCannotBeCountedOrHeld) {
+  const TempDir dir;
+  const std::string path = dir.Write("huge", "");
+  ASSERT_EQ(truncate(path.c_str(), 0x7FFFFFFF), 0);  // without the NUL
+  auto* const huge = new VorFileBuffer(path.c_str());
+  EXPECT_EQ(huge->getBuffer(), nullptr);
+  huge->Release();
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  ASSERT_EQ(truncate(path.c_str(), 0x7FFFFFFE), 0);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(InProcess([&path] {
+              const rlimit limit = {1 << 30, 1 << 30};
+              setrlimit(RLIMIT_AS, &limit);
+              return VorFileBuffer(path.c_str()).getBuffer() == nullptr ? 0 : 1;
+            }),
+            0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "# Error: malloc failed in VorFileBuffer::loadFile (size: 2147483647)\n");
+#endif
+}
+
+TEST(VorFileBuffer, TellsOfTheReleaseWhileTheTextIsThere) {
+  const TempDir dir;
+  Listener listener, other;
+  listener.then = [&](VorFileBuffer& buffer) {
+    EXPECT_EQ(buffer.isDestroyed(), 1);
+    EXPECT_STREQ(buffer.getBuffer(), "12345");
+    buffer.RemoveSubscriber(&listener);
+    buffer.AddSubscriber(&other);
+  };
+  for (const bool isDestroyed : {false, true}) {
+    listener.size = other.size = 0;
+    auto* const buffer = new VorFileBuffer(dir.Write("file", "12345").c_str());
+    buffer->AddSubscriber(&listener);
+    buffer->AddRef();
+    buffer->getBuffer();
+    EXPECT_EQ(listener.size, 0);
+    if (!isDestroyed) {
+      EXPECT_EQ(buffer->Release(), 1);
+    } else {
+      buffer->destroy();
+      EXPECT_TRUE(buffer->getBuffer() == nullptr && buffer->getBufferSize() == 0);
+      EXPECT_EQ(listener.size, 5);
+    }
+    EXPECT_EQ(buffer->Release(), 0);
+    EXPECT_EQ(listener.size, 5);
+    EXPECT_EQ(other.size, 0);  // moved to where the listener was, and so skipped
+  }
+
+  auto* const unread = new VorFileBuffer((dir / "file").c_str());
+  unread->AddSubscriber(&listener);
+  unread->AddRef();
+  unread->destroy();
+  EXPECT_TRUE(unread->getBuffer() == nullptr && unread->isLoaded() == 1);
+  unread->Release();
+  EXPECT_EQ(listener.size, 5);  // there was no text to tell of
+}
+
+TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
+  const TempDir dir;
+  const std::vector<VorFileBuffer*> buffers =
+      MakeBuffers(dir.Write("file", std::string(100, 'x')), 3);
+  {
+    VorFileBufferPool pool;
+    pool.append(nullptr);
+    pool.append(buffers[0]);
+    EXPECT_TRUE(GetsLoaded(buffers[0]));  // and the thread sleeps
+    pool.append(buffers[1]);
+    EXPECT_TRUE(GetsLoaded(buffers[1]));
+  }
+  EXPECT_EQ(buffers[0]->getBufferSize(), 100);  // outlives the pool
+  EXPECT_EQ(InProcess([&] {
+              if (VorFileBufferPool::disableMultiThread() != 1) return 1;
+              VorFileBufferPool pool;
+              pool.append(buffers[2]);
+              // Nobody else holds a reference.
+              return buffers[2]->getBufferSize() == 100 && buffers[2]->Release() == 0 ? 0 : 2;
+            }),
+            0);
+  for (VorFileBuffer* buffer : buffers) EXPECT_EQ(buffer->Release(), 0);
+}
+
+TEST(VorFileBufferPoolThread, WaitsAtTheCeilingUntilTextsAreReleased) {
+  const TempDir dir;
+  const std::vector<VorFileBuffer*> buffers = MakeBuffers(dir.Write("file", "0123456789"), 6);
+  Listener skipper;
+  skipper.then = [&skipper](VorFileBuffer& buffer) { buffer.RemoveSubscriber(&skipper); };
+  VorFileBufferPoolThread thread(20);
+  buffers[1]->AddSubscriber(&skipper);  // so the thread is passed over when this one is released
+  for (int i = 0; i < 3; ++i) thread.append(buffers[static_cast<std::size_t>(i)]);
+  ASSERT_EQ(thread.Start(), 0);
+  EXPECT_EQ(thread.Start(), 1);
+  EXPECT_TRUE(GetsLoaded(buffers[2]));  // of one batch, beyond the ceiling
+
+  thread.append(buffers[3]);
+  buffers[0]->destroy();  // 20 bytes are left
+  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  EXPECT_EQ(buffers[3]->isLoaded(), 0);
+  buffers[1]->destroy();
+  EXPECT_TRUE(GetsLoaded(buffers[3]));
+
+  thread.append(buffers[4]);
+  thread.Stop();
+  thread.append(buffers[5]);
+  EXPECT_EQ(thread.Wait(), 0);
+  EXPECT_EQ(thread.Wait(), 1);
+  for (const std::size_t i : {2u, 3u, 4u, 5u}) EXPECT_EQ(buffers[i]->Release(), 0);
+}
+
+// Buffers are used, shared, destroyed and outlive their pools at every moment, by many threads.
+TEST(VorFileBufferPool, SurvivesAllOrdersOfReleaseAndStop) {
+  const TempDir dir;
+  const std::string path = dir.Write("file", std::string(1000, 'x'));
+  Listener listener;
+  for (int round = 0; round < 100; ++round) {
+    const std::vector<VorFileBuffer*> buffers = MakeBuffers(path, 60);
+    auto pool = std::make_unique<VorFileBufferPoolThread>(5000);
+    VorFileBufferPool second;
+    pool->Start();
+    std::atomic<int> appended{0};
+    std::vector<std::thread> threads;
+    for (unsigned seed = 0; seed < 4; ++seed) {
+      for (VorFileBuffer* buffer : buffers) buffer->AddRef();
+      threads.emplace_back([&, seed] {
+        std::mt19937 random(seed + static_cast<unsigned>(round) * 4);
+        for (VorFileBuffer* buffer : buffers) {
+          if (random() % 2 == 0) buffer->AddSubscriber(&listener);
+          pool->append(buffer);
+          if (random() % 4 == 0) second.append(buffer);
+          const int size = buffer->getBufferSize();
+          EXPECT_TRUE(size == 1000 || size == 0);
+          if (random() % 3 == 0) std::this_thread::yield();
+        }
+        ++appended;
+        for (VorFileBuffer* buffer : buffers) {
+          buffer->RemoveSubscriber(&listener);
+          random() % 8 == 0 ? buffer->destroy() : static_cast<void>(buffer->Release());
+        }
+      });
+    }
+    for (VorFileBuffer* buffer : buffers) buffer->Release();
+    if (round % 2 == 0) pool->Stop();
+    while (appended < 4) std::this_thread::yield();
+    pool.reset();
+    for (std::thread& thread : threads) thread.join();
+  }
+}

@@ -1,0 +1,106 @@
+#include "sourcefiles/VorFilePrepro.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <memory>
+#include <random>
+#include <string>
+
+#include "support/NaiveFilter.h"
+#include "support/TempDir.h"
+
+namespace {
+
+struct Filtered {
+  int result;
+  std::string text;
+  bool operator==(const Filtered&) const = default;
+};
+
+void PrintTo(const Filtered& filtered, std::ostream* out) {
+  *out << filtered.result << " '" << filtered.text << "'";
+}
+
+Filtered Preprocess(VorFilePrepro& prepro, int flags) {
+  char* out = nullptr;
+  const int result = prepro.preprocess(flags, out);
+  const std::unique_ptr<char, decltype(&free)> owner(out, free);
+  return {result, out == nullptr ? "null" : out};
+}
+
+Filtered Preprocess(const TempDir& dir, const std::string& content, int flags) {
+  VorFilePrepro prepro(dir.Write("source.c", content).c_str());
+  return Preprocess(prepro, flags);
+}
+
+}  // namespace
+
+TEST(VorFilePrepro, RemovesWhatItIsTold) {
+  constexpr int kAll = 31;
+  const struct {
+    int flags;
+    const char* content;
+    int result;
+    const char* text;
+  } kRows[] = {
+      {0, "", 0, ""},
+      {0, "a // b\n/* c\n*/ \"d\" 'e'\n#f\n", 0, "a // b\n/* c\n*/ \"d\" 'e'\n#f\n"},
+      {1, "a; // b \\\nc /* d // */\n", 0, "a; \nc /* d // */\n"},
+      {1, "a // b", 2, "a "},
+      {0, "a // b", 2, "a // b"},
+      {2, "a/* b\n * c */d", 0, "a\nd"},
+      {2, "a/*/b*/c /**/ d", 0, "ac  d"},
+      {2, "a /* b\n c *", 2, "a \n"},
+      {1, "a /*\n// */ b", 0, "a /*\n// */ b"},
+      {4, "a\n #define b \\\n c // d\ne", 0, "a\n \ne"},
+      {4, "a '#' b #c", 0, "a '#' b "},
+      {4, "#\\", 0, ""},
+      {1, "#define a // b\n", 0, "#define a // b\n"},
+      {8, "a 'b' \"'\" 'c\\'\\\n\nd' e", 0, "a  \"'\" \n e"},
+      {16, "a \"b \\\" // c\" '\"' d \"\n\" e", 0, "a  '\"' d \n e"},
+      {16, "a \"b\\", 2, "a "},
+      {8, "'", 2, ""},
+      {kAll, "\\\"a\\/* b \\\\'c'\\#d /", 0, "\\\"a\\/* b \\\\\\#d /"},
+      {kAll, "a\\", 0, "a\\"},
+      {kAll, "/", 0, "/"},
+  };
+  const TempDir dir;
+  for (const auto& row : kRows) {
+    EXPECT_EQ(Preprocess(dir, row.content, row.flags), (Filtered{row.result, row.text}))
+        << row.flags << ": " << row.content;
+  }
+}
+
+TEST(VorFilePrepro, AgreesWithANaiveFilter) {
+  const TempDir dir;
+  std::mt19937 random(9);
+  for (int round = 0; round < 500; ++round) {
+    // Plain runs of up to 40 characters between the bytes that mean something.
+    std::string content;
+    for (auto pieces = random() % 30; pieces > 0; --pieces) {
+      content.append(random() % 3 == 0 ? random() % 40 : 0, static_cast<char>(random() % 255 + 1));
+      content += "/*\\\"'#\n/*x"[random() % 10];
+    }
+    VorFilePrepro prepro(dir.Write(std::to_string(round), content).c_str());
+    for (int flags = 0; flags < 32; ++flags) {
+      std::string text(content.size() + 1, '?');
+      const int result = NaiveFilter(content.data(), content.size(), flags, text.data());
+      ASSERT_EQ(Preprocess(prepro, flags), (Filtered{result, text.c_str()}))
+          << flags << ": " << content;
+    }
+  }
+}
+
+TEST(VorFilePrepro, ReadsItsFileOnceItCan) {
+  const TempDir dir;
+  VorFilePrepro prepro((dir / "source.c").c_str());
+  EXPECT_EQ(Preprocess(prepro, 1), (Filtered{1, "null"}));
+  dir.Write("source.c", std::string("a // b\nc\0d", 10));
+  EXPECT_EQ(Preprocess(prepro, 1), (Filtered{0, "a \nc"}));  // up to the NUL
+  dir.Write("source.c", "other");
+  EXPECT_EQ(Preprocess(prepro, 1), (Filtered{0, "a \nc"}));
+
+  VorFilePrepro folder(dir.Path().c_str());
+  EXPECT_EQ(Preprocess(folder, 0), (Filtered{1, "null"}));
+}

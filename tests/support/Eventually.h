@@ -1,0 +1,17 @@
+#ifndef VOR_TESTS_SUPPORT_EVENTUALLY_H
+#define VOR_TESTS_SUPPORT_EVENTUALLY_H
+
+#include <chrono>
+#include <thread>
+
+/// Waits for what another thread does, but not for ever: false after about a minute.
+template <typename Condition>
+bool Eventually(Condition condition) {
+  for (int i = 0; i < 60'000; ++i) {
+    if (condition()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return false;
+}
+
+#endif  // VOR_TESTS_SUPPORT_EVENTUALLY_H
