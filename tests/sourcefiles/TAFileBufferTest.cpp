@@ -26,6 +26,7 @@ bool IsParked() {
 
 TEST(TAFileBuffer, ReadsItsFileOnce) {
   const TempDir dir;
+  TAFileBuffer::ASyncBufferSize = 0;
   const std::string content = std::string(200'000, 'x') + '\0' + "end";
   TAFileBuffer buffer(dir.Write("file", content).c_str(), 1);
   EXPECT_EQ(buffer.LoadFile(), 0);
@@ -69,6 +70,7 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
   VorListPtrTAFileBuffer list;
   TAFileBuffer::ASyncLoadList = &list;
   TAFileBuffer::ASyncBufferSize = 0x9C4000;
+  TAFileBuffer::ASyncOverloadFlag = 0;
   TAFileBuffer::ASyncLoadRunning = 1;
   std::thread loop(TAFileBuffer::ASyncLoad, 0, nullptr);
   ASSERT_TRUE(IsParked());
