@@ -28,11 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Expect(pwrite(file, data + 1, size - 1, 0) == static_cast<ssize_t>(size - 1));
 
   const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
-  const std::size_t length = strlen(text.c_str());  // a file is read up to its first NUL
   VorFilePrepro prepro(path);
   for (const int flags : {data[0] % 32, ~data[0]}) {
-    std::vector<char> want(length + 1);
-    const int result = NaiveFilter(text.data(), length, flags, want.data());
+    std::vector<char> want(size);
+    const int result = NaiveFilter(text.c_str(), flags, want.data());
     char* got = nullptr;
     Expect(prepro.preprocess(flags, got) == result);
     Expect(strcmp(got, want.data()) == 0);

@@ -97,39 +97,32 @@ TEST(VorFileBuffer, RefusesWhatCannotBeCountedOrHeld) {
 
 TEST(VorFileBuffer, TellsOfTheReleaseWhileTheTextIsThere) {
   const TempDir dir;
-  Listener listener, other;
+  const std::vector<VorFileBuffer*> buffers = MakeBuffers(dir.Write("file", "12345"), 3);
+  Listener listener, added;
   listener.then = [&](VorFileBuffer& buffer) {
     EXPECT_EQ(buffer.isDestroyed(), 1);
     EXPECT_STREQ(buffer.getBuffer(), "12345");
-    buffer.RemoveSubscriber(&listener);
-    buffer.AddSubscriber(&other);
+    buffer.AddSubscriber(&added);
   };
-  for (const bool isDestroyed : {false, true}) {
-    listener.size = other.size = 0;
-    auto* const buffer = new VorFileBuffer(dir.Write("file", "12345").c_str());
+  for (VorFileBuffer* buffer : buffers) {
     buffer->AddSubscriber(&listener);
     buffer->AddRef();
-    buffer->getBuffer();
-    EXPECT_EQ(listener.size, 0);
-    if (!isDestroyed) {
-      EXPECT_EQ(buffer->Release(), 1);
-    } else {
-      buffer->destroy();
-      EXPECT_TRUE(buffer->getBuffer() == nullptr && buffer->getBufferSize() == 0);
-      EXPECT_EQ(listener.size, 5);
-    }
-    EXPECT_EQ(buffer->Release(), 0);
-    EXPECT_EQ(listener.size, 5);
-    EXPECT_EQ(other.size, 0);  // moved to where the listener was, and so skipped
+    if (buffer != buffers[2]) buffer->loadFile();
   }
+  EXPECT_EQ(buffers[0]->Release(), 1);
+  EXPECT_EQ(listener.size, 0);
+  EXPECT_EQ(buffers[0]->Release(), 0);
+  EXPECT_EQ(listener.size, 5);
 
-  auto* const unread = new VorFileBuffer((dir / "file").c_str());
-  unread->AddSubscriber(&listener);
-  unread->AddRef();
-  unread->destroy();
-  EXPECT_TRUE(unread->getBuffer() == nullptr && unread->isLoaded() == 1);
-  unread->Release();
-  EXPECT_EQ(listener.size, 5);  // there was no text to tell of
+  buffers[1]->destroy();
+  EXPECT_EQ(listener.size, 10);
+  buffers[2]->destroy();  // has no text to tell of
+  for (VorFileBuffer* buffer : {buffers[1], buffers[2]}) {
+    EXPECT_TRUE(buffer->getBuffer() == nullptr && buffer->getBufferSize() == 0);
+    EXPECT_TRUE(buffer->isLoaded() == 1 && buffer->isDestroyed() == 1);
+    EXPECT_EQ(buffer->Release(), 0);
+  }
+  EXPECT_TRUE(listener.size == 10 && added.size == 10);
 }
 
 TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
