@@ -19,11 +19,7 @@ VorFileBufferPool::VorFileBufferPool() noexcept {
   if (_thread->Start() != 0) _thread.reset();  // no thread to be had: the consumers read
 }
 
-VorFileBufferPool::~VorFileBufferPool() {
-  if (_thread == nullptr) return;
-  _thread->Stop();
-  _thread->Wait();
-}
+VorFileBufferPool::~VorFileBufferPool() = default;  // the thread's destructor stops it
 
 void VorFileBufferPool::append(VorFileBuffer* buffer) {
   if (_thread != nullptr) _thread->append(buffer);

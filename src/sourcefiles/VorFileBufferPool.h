@@ -27,7 +27,8 @@ class VOR_API VorFileBufferPool {
   VorFileBufferPool() noexcept;
   VorFileBufferPool(const VorFileBufferPool&) = delete;
   VorFileBufferPool& operator=(const VorFileBufferPool&) = delete;
-  /// Ends the thread, after the file that it is reading.
+  /// Ends the thread, after the file that it is reading.  In a child made by fork, which has no
+  /// such thread, it ends nothing.
   ~VorFileBufferPool();
 
   /// Has \a buffer read.  Ignored for null and in a pool without a thread.

@@ -86,6 +86,10 @@ VorFileBufferPoolThread::VorFileBufferPoolThread(int ceiling)
     : VorThreads("FileBufferPoolThread"), _state(std::make_unique<State>(ceiling)) {}
 
 VorFileBufferPoolThread::~VorFileBufferPoolThread() {
+  if (IsParents()) {
+    static_cast<void>(_state.release());  // its locks may be held, and its gates be waited for
+    return;
+  }
   VorFileBufferPoolThread::Stop();
   Wait();
 }

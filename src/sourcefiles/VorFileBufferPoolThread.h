@@ -29,7 +29,8 @@ class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubs
   /// Loads until Stop; returns 0.
   int Begin(void*) override;
 
-  /// Stops the thread and waits for it.
+  /// Stops the thread and waits for it.  In a child made by fork, which has no such thread, it
+  /// leaves all alone.
   ~VorFileBufferPoolThread() override;
 
   /// Ends the thread after the file that it is reading, and gives back the buffers that wait.
@@ -52,7 +53,7 @@ class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubs
   void _countText(VorFileBuffer* buffer, int size) noexcept;
   void _forgetText(VorFileBuffer* buffer);
 
-  const std::unique_ptr<State> _state;
+  std::unique_ptr<State> _state;
 };
 
 #endif  // VOR_SOURCEFILES_VORFILEBUFFERPOOLTHREAD_H

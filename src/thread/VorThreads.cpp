@@ -1,6 +1,7 @@
 #include "thread/VorThreads.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <exception>
 
@@ -14,26 +15,38 @@ VorThreads::VorThreads(const char* name) : _name(name == nullptr ? "" : name, 0,
 
 VorThreads::~VorThreads() {
   Wait();
+  if (_thread == nullptr) return;
+  if (IsParents()) {
+    static_cast<void>(_thread.release());  // neither to be joined nor detached here
+  } else {
+    _thread->detach();
+  }
 }
 
 void VorThreads::Stop() {}
 
 int VorThreads::Start(void* argument) noexcept {
-  if (_isStarted) return 1;
+  if (_starter != 0) return 1;
   try {
-    _thread = std::thread([this, argument] { Begin(argument); });
+    _thread = std::make_unique<std::thread>([this, argument] { Begin(argument); });
   } catch (const std::exception&) {  // no thread or no memory for it
     return 1;
   }
-  _isStarted = true;
-  pthread_setname_np(_thread.native_handle(), _name.c_str());
+  _starter = getpid();
+  pthread_setname_np(_thread->native_handle(), _name.c_str());
   return 0;
 }
 
 int VorThreads::Wait() {
-  if (!_thread.joinable() || _thread.get_id() == std::this_thread::get_id()) return 1;
-  _thread.join();
+  if (_thread == nullptr || IsParents()) return 1;
+  if (_thread->get_id() == std::this_thread::get_id()) return 1;
+  _thread->join();
+  _thread.reset();
   return 0;
+}
+
+bool VorThreads::IsParents() const {
+  return _starter != 0 && _starter != getpid();
 }
 
 int VorThreads::IsMultiThreadingAllowed() {

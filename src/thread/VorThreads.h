@@ -1,6 +1,9 @@
 #ifndef VOR_THREAD_VORTHREADS_H
 #define VOR_THREAD_VORTHREADS_H
 
+#include <sys/types.h>
+
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -30,7 +33,7 @@ class VOR_API VorThreads {
   /// What the thread executes, with the argument of Start.  Nobody looks at what it returns.
   virtual int Begin(void* argument) = 0;
 
-  /// Waits for the thread as Wait does.
+  /// Waits for the thread as Wait does; a thread that destroys its own object runs on.
   virtual ~VorThreads();
 
   /// Asks Begin to return soon, without waiting for it.  Here it does nothing: a body that may run
@@ -41,17 +44,22 @@ class VOR_API VorThreads {
   int Start(void* argument = nullptr) noexcept;
 
   /// Waits until the thread has ended.  Returns 0; 1 at once if no thread was started, if it was
-  /// waited for already, and if it is this very thread that calls.
+  /// waited for already, if it is this very thread that calls, and in a child made by fork.
   int Wait();
 
   /// 1 if services of this library may start threads of their own accord.  On the systems that the
   /// library runs on they always may; each service has a switch of its own.
   static int IsMultiThreadingAllowed();
 
+ protected:
+  /// True in a child made by fork after Start: the thread is its parent's, and what it has locked
+  /// stays locked for ever.
+  bool IsParents() const;
+
  private:
   std::string _name;
-  std::thread _thread;
-  bool _isStarted = false;
+  std::unique_ptr<std::thread> _thread;  // null before Start and after Wait
+  pid_t _starter = 0;                    // the process that started it; 0: none did
 };
 
 #endif  // VOR_THREAD_VORTHREADS_H

@@ -43,7 +43,7 @@ class Callbacks : public testing::Test {
   std::string log;
   Logger a{'a', log}, b{'b', log}, c{'c', log}, d{'d', log};
   TACallbackPublisher publisher;
-  const TAEventBufferDeletion event;
+  TAEventBufferDeletion event;
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -129,19 +130,19 @@ TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
   const TempDir dir;
   const std::vector<VorFileBuffer*> buffers =
       MakeBuffers(dir.Write("file", std::string(100, 'x')), 3);
-  {
-    VorFileBufferPool pool;
-    pool.append(nullptr);
-    pool.append(buffers[0]);
-    EXPECT_TRUE(GetsLoaded(buffers[0]));  // and the thread sleeps
-    pool.append(buffers[1]);
-    EXPECT_TRUE(GetsLoaded(buffers[1]));
-  }
+  auto pool = std::make_unique<VorFileBufferPool>();
+  pool->append(nullptr);
+  pool->append(buffers[0]);
+  EXPECT_TRUE(GetsLoaded(buffers[0]));  // and the thread sleeps
+  pool->append(buffers[1]);
+  EXPECT_TRUE(GetsLoaded(buffers[1]));
+  EXPECT_EQ(InProcess([&pool] { return pool.reset(), 0; }),
+            0);  // waits for no thread of its parent
+  pool.reset();
   EXPECT_EQ(buffers[0]->getBufferSize(), 100);  // outlives the pool
   EXPECT_EQ(InProcess([&] {
               if (VorFileBufferPool::disableMultiThread() != 1) return 1;
-              VorFileBufferPool pool;
-              pool.append(buffers[2]);
+              VorFileBufferPool().append(buffers[2]);
               // Nobody else holds a reference.
               return buffers[2]->getBufferSize() == 100 && buffers[2]->Release() == 0 ? 0 : 2;
             }),
