@@ -50,6 +50,7 @@
 #include "process/TAProcess.h"
 #include "process/TAProcessList.h"
 #include "process/processInfo.h"
+#include "regex/TAUnicodeRegularExpression.h"
 #include "socket/SocketBytes.h"
 #include "socket/TASocket.h"
 #include "sourcefiles/TACallbackPublisher.h"
