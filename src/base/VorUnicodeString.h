@@ -17,8 +17,8 @@
 /// to U+DCFF and goes out as that byte again, so any byte string, a file name for instance, makes
 /// the round trip unchanged.
 ///
-/// Ownership: keeps a copy of what it is given.  The UTF-8 text handed out stays valid while the
-///            string lives unchanged.
+/// Ownership: keeps a copy of what it is given.  The UTF-8 text and the code points handed out stay
+///            valid while the string lives unchanged.
 /// Errors:    positions and counts outside the text are clipped to it; the number conversions
 ///            report a format that they do not accept.  Running out of memory ends the process.
 /// Threads:   distinct strings are independent; one string must not be changed by one thread
@@ -58,6 +58,9 @@ class VOR_API VorUnicodeString {
   /// The UTF-8 text; never null.
   operator const char*() const { return _utf8.c_str(); }
   const char* CastToCharPtr() const { return _utf8.c_str(); }
+
+  /// The code points, as many as GetLengthInChar tells; never null.
+  const char32_t* GetCodePoints() const { return _characters.data(); }
 
   /// The number of characters.
   int GetLengthInChar() const;

@@ -37,20 +37,6 @@ constexpr ClassTest kClassTests[] = {
     &VorUnicodeChar::IsUpper, &VorUnicodeChar::IsXDigit};
 constexpr int kClasses = static_cast<int>(std::size(kClassTests));
 
-// Makes room for the element with index \a last; false if there is no memory for it.
-template <typename T>
-bool MakeRoom(std::unique_ptr<T[]>& array, int last, int& capacity) {
-  if (last < capacity) return true;
-  if (capacity > INT_MAX / 2) return false;
-  const int grown = capacity == 0 ? kFirstCapacity : 2 * capacity;
-  std::unique_ptr<T[]> larger(new (std::nothrow) T[static_cast<std::size_t>(grown)]);
-  if (larger == nullptr) return false;
-  std::copy_n(array.get(), capacity, larger.get());
-  array = std::move(larger);
-  capacity = grown;
-  return true;
-}
-
 // Keys of the cache end at a NUL: a text that holds one could be taken for another there.
 bool HoldsNul(const VorUnicodeString& text) {
   return !(text == text.CastToCharPtr());
@@ -64,6 +50,19 @@ bool Add(VorHashSCMap& map, const char* key, void* value) {
 }
 
 }  // namespace
+
+template <typename T>
+bool TAUnicodeRegularExpression::GrowingArray<T>::MakeRoom(int last) {
+  if (last < _capacity) return true;
+  if (_capacity > INT_MAX / 2) return false;
+  const int grown = _capacity == 0 ? kFirstCapacity : 2 * _capacity;
+  std::unique_ptr<T[]> larger(new (std::nothrow) T[static_cast<std::size_t>(grown)]);
+  if (larger == nullptr) return false;
+  std::copy_n(_elements.get(), _capacity, larger.get());
+  _elements = std::move(larger);
+  _capacity = grown;
+  return true;
+}
 
 TAUnicodeRegularExpression::TAUnicodeRegularExpression(const char* filter) {
   SetFilter(filter == nullptr ? "*" : filter, URE_Cache);
@@ -103,7 +102,7 @@ int TAUnicodeRegularExpression::SetFilter(const VorUnicodeString& filter, URE_ty
     results.release();
   }
   _results = HoldsNul(_filter) ? nullptr : _resultsOf(_filter);
-  if (!MakeRoom(_operations, 0, _operationCapacity)) return 1;
+  if (!_operations.MakeRoom(0)) return 1;
 
   // Each token opens the lexeme of the next one, so a filter ends with an empty literal lexeme.
   int pos = 0;
@@ -126,14 +125,14 @@ int TAUnicodeRegularExpression::SetFilter(const VorUnicodeString& filter, URE_ty
 
 int TAUnicodeRegularExpression::_addLexeme(int start, int type) {
   ++_lastLexeme;
-  if (!MakeRoom(_lexemes, _lastLexeme, _lexemeCapacity)) return 1;
+  if (!_lexemes.MakeRoom(_lastLexeme)) return 1;
   _lexemes[_lastLexeme] = {{start, type, kVariable, -1, -1, -1}, {}};
   return 0;
 }
 
 int TAUnicodeRegularExpression::_addCharacterOperation(int type) {
   ++_lastOperation;
-  if (!MakeRoom(_operations, _lastOperation, _operationCapacity)) return 1;
+  if (!_operations.MakeRoom(_lastOperation)) return 1;
   _operations[_lastOperation] = {type, {}, {}};
   return 0;
 }
@@ -147,7 +146,7 @@ int TAUnicodeRegularExpression::_decodeToken(int& pos) {
   if (c == kOpenBlock) {
     _decodeFilteringBlock(pos);  // what is malformed goes on as text
     ++pos;
-    return _lastOperation < _operationCapacity ? 0 : 1;
+    return _lastOperation < _operations.Capacity() ? 0 : 1;
   }
   if (isSpecial(c)) {
     const int type = c == kStar ? AnyRun : AnyCharacter;
@@ -266,11 +265,14 @@ TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_asciiSetOf(
       set.bits[1] |= members.bits[1];
     }
   }
+  if (block.Type == NegatedBlock) {
+    for (std::uint64_t& word : set.bits) word = ~word;
+  }
   return set;
 }
 
 int TAUnicodeRegularExpression::_checkCharacterRule(const VorUnicodeChar& c, int op) const {
-  if (op < 0 || op > _lastOperation || op >= _operationCapacity) return 0;
+  if (op < 0 || op > _lastOperation || op >= _operations.Capacity()) return 0;
   const CharacterOperation& rule = _operations[op];
   if (rule.Type == Equal) return c == rule.First ? 1 : 0;
   if (rule.Type == InRange) return c >= rule.First && c <= rule.Last ? 1 : 0;

@@ -116,7 +116,7 @@ class VOR_API TAUnicodeRegularExpression {
 
   static constexpr char32_t kAsciiEnd = 128;
 
-  // The characters below kAsciiEnd that pass at least one operation of a block.
+  // A set of characters below kAsciiEnd.
   struct AsciiSet {
     void Add(char32_t first, char32_t last);
     bool Has(char32_t c) const { return (bits[c / 64] >> (c % 64) & 1) != 0; }
@@ -124,7 +124,23 @@ class VOR_API TAUnicodeRegularExpression {
   };
 
   struct Slot : Lexeme {
-    AsciiSet ascii;
+    AsciiSet ascii;  // what a block takes
+  };
+
+  // Room for 64 elements at first, then twice as many each time.
+  template <typename T>
+  class GrowingArray {
+   public:
+    /// Makes sure of an element with index \a last; false if there is no memory for it.
+    bool MakeRoom(int last);
+    int Capacity() const { return _capacity; }
+    T* Get() { return _elements.get(); }
+    T& operator[](int index) { return _elements.get()[index]; }
+    const T& operator[](int index) const { return _elements.get()[index]; }
+
+   private:
+    int _capacity = 0;
+    std::unique_ptr<T[]> _elements;
   };
 
   int _addLexeme(int start, int type);
@@ -143,11 +159,9 @@ class VOR_API TAUnicodeRegularExpression {
   VorHashSCMap _cache{
       nullptr};  // by filter: a VorHashSCMap by text of results, int cells of malloc
   int _lastLexeme = -1;
-  int _lexemeCapacity = 0;
-  std::unique_ptr<Slot[]> _lexemes;
-  int _operationCapacity = 0;
+  GrowingArray<Slot> _lexemes;
   int _lastOperation = -1;
-  std::unique_ptr<CharacterOperation[]> _operations;
+  GrowingArray<CharacterOperation> _operations;
   VorHashSCMap* _results = nullptr;  // of _filter in _cache; null: not remembered
 };
 

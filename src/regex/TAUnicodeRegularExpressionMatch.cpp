@@ -1,12 +1,12 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <new>
 
 #include "regex/TAUnicodeRegularExpression.h"
 
-// One match of the compiled filter.  Positions count in the text without the blanks around it; the
-// text as given begins _blanks characters earlier.
+// One match of the compiled filter.  Positions count in the text without the blanks around it.
 //
 // The search goes back to the latest variable lexeme only.  Such a lexeme keeps in Anl where its
 // part of the text ends, and an Anl that was set is never taken back: once tried, a repeated block
@@ -29,16 +29,21 @@ class TAUnicodeRegularExpression::Walk {
   Outcome TakeCountedBlock(const Slot& lexeme);
   bool GoBackToVariable();
 
-  bool Passes(const Slot& block, int position) const;
+  bool MayFollow(const Slot& lexeme, int position) const;
+  bool Passes(const Slot& block, int position) const {
+    const char32_t c = _text[position];
+    return c < kAsciiEnd ? block.ascii.Has(c) : PassesBeyondAscii(block, c);
+  }
+  bool PassesBeyondAscii(const Slot& block, char32_t c) const;
   bool IsAskedFirst(int position);
-  VorUnicodeChar At(int position) const { return _subject[_blanks + position]; }
 
-  TAUnicodeRegularExpression& _filter;
-  const VorUnicodeString& _subject;
+  const TAUnicodeRegularExpression& _filter;
+  const char32_t* const _pattern;  // the filter
+  const char32_t* const _given;    // the text as given
   Slot* const _lexemes;
-  const int _last;  // the closing lexeme, which takes no part
-  int _blanks = 0;
-  int _end;  // length of the text without the blanks around it
+  const int _last;        // the closing lexeme, which takes no part
+  const char32_t* _text;  // without the blanks around it
+  int _end;               // its length
   int _lexeme = 0;
   int _position = 0;  // may be behind the end, after a negated block with a count
 
@@ -48,8 +53,8 @@ class TAUnicodeRegularExpression::Walk {
 
 namespace {
 
-constexpr VorUnicodeChar kBlank(' ');
-constexpr std::int64_t kMostAsked = 1 << 27;  // bits that a table may take, 16 MB
+constexpr char32_t kBlank = U' ';
+constexpr std::size_t kMostAsked = 1 << 27;  // bits that a table may take, 16 MB
 
 [[noreturn]] void SleepForGood() {
   for (;;) pause();
@@ -60,13 +65,17 @@ constexpr std::int64_t kMostAsked = 1 << 27;  // bits that a table may take, 16 
 TAUnicodeRegularExpression::Walk::Walk(TAUnicodeRegularExpression& filter,
                                        const VorUnicodeString& subject)
     : _filter(filter),
-      _subject(subject),
-      _lexemes(filter._lexemes.get()),
+      _pattern(filter._filter.GetCodePoints()),
+      _given(subject.GetCodePoints()),
+      _lexemes(filter._lexemes.Get()),
       _last(filter._lastLexeme),
+      _text(_given),
       _end(subject.GetLengthInChar()) {
-  while (_end > 0 && subject[_end - 1] == kBlank) --_end;
-  while (_blanks < _end && subject[_blanks] == kBlank) ++_blanks;
-  _end -= _blanks;
+  while (_end > 0 && _text[_end - 1] == kBlank) --_end;
+  while (_end > 0 && *_text == kBlank) {
+    ++_text;
+    --_end;
+  }
   _allowance = _end > INT_MAX - _last ? INT_MAX : _end + _last;
   for (int i = 0; i < _last; ++i) _lexemes[i].Anl = -1;
 }
@@ -103,9 +112,8 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Step
 TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::TakeLiteral(
     Slot& lexeme) {
   if (lexeme.Size > _end - _position) return GoBack;
-  for (int i = 0; i < lexeme.Size; ++i) {
-    if (_filter._filter[lexeme.Start + i] != _subject[_position + i]) return GoBack;
-  }
+  const char32_t* const literal = _pattern + lexeme.Start;
+  if (!std::equal(literal, literal + lexeme.Size, _given + _position)) return GoBack;
   lexeme.Anl = _position;
   _position += lexeme.Size;
   ++_lexeme;
@@ -116,31 +124,38 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Take
     Slot& lexeme) {
   const int behind = _lexeme + 1;
   if (behind == _last) return Accept;
-  if (lexeme.Anl == -1) {
-    lexeme.Anl = _position;
-  } else {
+  if (lexeme.Anl != -1) {
     if (lexeme.Anl >= _end) return Refuse;  // nothing that follows gets more by going past the end
-    _position = ++lexeme.Anl;
+    _position = lexeme.Anl + 1;
   }
-  _lexeme = behind;
   const Slot& next = _lexemes[behind];
-  if (next.Type != Literal) return GoOn;
-
-  const VorUnicodeChar first = _filter._filter[next.Start];
-  int found = _position;
-  while (found < _end && At(found) != first) ++found;
-  // The room is counted from where the run starts, not from what was found.
-  if (found >= _end || next.Size > _end - _position) return Refuse;
-  _position = lexeme.Anl = found;
+  if (next.Type == Literal) {
+    const int start = _position;
+    const char32_t first = _pattern[next.Start];
+    while (_position < _end && _text[_position] != first) ++_position;
+    // The room is counted from where the run starts, not from what was found.
+    if (_position >= _end || next.Size > _end - start) return Refuse;
+  } else {
+    for (; !MayFollow(next, _position); ++_position) {
+      if (_position >= _end) return Refuse;
+    }
+  }
+  lexeme.Anl = _position;
+  _lexeme = behind;
   return GoOn;
 }
 
 TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::TakeRepeatedBlock(
     Slot& lexeme) {
+  const Slot& next = _lexemes[_lexeme + 1];
   if (lexeme.Anl != -1) {
-    // Past the end there is no character to take, for a negated block either.
-    if (_position >= _end || !Passes(lexeme, _position) || !IsAskedFirst(_position)) return GoBack;
-    ++_position;
+    do {
+      // Past the end there is no character to take, for a negated block either.
+      if (_position >= _end || !Passes(lexeme, _position) || !IsAskedFirst(_position)) {
+        return GoBack;
+      }
+      ++_position;
+    } while (!MayFollow(next, _position));
   }
   lexeme.Anl = _position;
   ++_lexeme;
@@ -173,15 +188,20 @@ bool TAUnicodeRegularExpression::Walk::GoBackToVariable() {
   return false;
 }
 
-bool TAUnicodeRegularExpression::Walk::Passes(const Slot& block, int position) const {
-  const VorUnicodeChar c = At(position);
+// False only if a lexeme behind a variable one would fail at once and send the walk back there.
+bool TAUnicodeRegularExpression::Walk::MayFollow(const Slot& lexeme, int position) const {
+  if (&lexeme == _lexemes + _last) return position >= _end;
+  if (lexeme.Type == AnyRun || lexeme.Size == 0) return true;
+  if (lexeme.Size == kVariable && lexeme.Anl == -1) return true;
+  if (position >= _end) return false;
+  if (lexeme.Type == Literal) return _pattern[lexeme.Start] == _given[position];
+  return lexeme.Type == AnyCharacter || Passes(lexeme, position);
+}
+
+bool TAUnicodeRegularExpression::Walk::PassesBeyondAscii(const Slot& block, char32_t c) const {
   bool isMember = false;
-  if (c.GetCodePoint() < kAsciiEnd) {
-    isMember = block.ascii.Has(c.GetCodePoint());
-  } else {
-    for (int op = block.First; op <= block.Last && !isMember; ++op) {
-      isMember = _filter._checkCharacterRule(c, op) != 0;
-    }
+  for (int op = block.First; op <= block.Last && !isMember; ++op) {
+    isMember = _filter._checkCharacterRule(c, op) != 0;
   }
   return isMember == (block.Type == Block);
 }
@@ -193,15 +213,17 @@ bool TAUnicodeRegularExpression::Walk::IsAskedFirst(int position) {
     --_allowance;
     return true;
   }
+  const auto row = static_cast<std::size_t>(_end);
   if (_asked == nullptr) {
-    const std::int64_t bits = static_cast<std::int64_t>(_last) * _end;
+    const std::size_t bits = static_cast<std::size_t>(_last) * row;
     if (bits <= kMostAsked) _asked.reset(new (std::nothrow) std::uint64_t[bits / 64 + 1]());
     if (_asked == nullptr) {
       _allowance = INT_MAX;
       return true;
     }
   }
-  const std::int64_t bit = static_cast<std::int64_t>(_lexeme) * _end + position;
+  const std::size_t bit =
+      static_cast<std::size_t>(_lexeme) * row + static_cast<std::size_t>(position);
   std::uint64_t& word = _asked[bit / 64];
   const std::uint64_t mask = 1ull << (bit % 64);
   if ((word & mask) != 0) return false;
