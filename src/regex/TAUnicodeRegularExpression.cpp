@@ -116,9 +116,8 @@ int TAUnicodeRegularExpression::SetFilter(const VorUnicodeString& filter, URE_ty
     Slot& lexeme = _lexemes[i];
     if (lexeme.Type == Literal) {
       lexeme.Size = (i < _lastLexeme ? _lexemes[i + 1].Start : _length) - lexeme.Start;
-    } else if (lexeme.Type == Block || lexeme.Type == NegatedBlock) {
-      lexeme.ascii = _asciiSetOf(lexeme);
     }
+    lexeme.ascii = _beginningOf(lexeme);
   }
   return 0;
 }
@@ -237,8 +236,8 @@ void TAUnicodeRegularExpression::AsciiSet::Add(char32_t first, char32_t last) {
   for (char32_t c = first; c <= last && c < kAsciiEnd; ++c) bits[c / 64] |= 1ull << (c % 64);
 }
 
-TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_asciiSetOf(
-    const Lexeme& block) const {
+TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_beginningOf(
+    const Lexeme& lexeme) const {
   struct Classes {
     Classes() {
       for (int k = 0; k < kClasses; ++k) {
@@ -252,7 +251,11 @@ TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_asciiSetOf(
   static const Classes classes;
 
   AsciiSet set;
-  for (int op = block.First; op <= block.Last; ++op) {
+  if (lexeme.Type == Literal) {
+    const char32_t first = _filter[lexeme.Start].GetCodePoint();
+    set.Add(first, first);
+  }
+  for (int op = lexeme.First; op != -1 && op <= lexeme.Last; ++op) {
     const CharacterOperation& rule = _operations[op];
     const char32_t first = rule.First.GetCodePoint();
     if (rule.Type == Equal) {
@@ -265,7 +268,7 @@ TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_asciiSetOf(
       set.bits[1] |= members.bits[1];
     }
   }
-  if (block.Type == NegatedBlock) {
+  if (lexeme.Type == NegatedBlock) {
     for (std::uint64_t& word : set.bits) word = ~word;
   }
   return set;

@@ -119,12 +119,16 @@ class VOR_API TAUnicodeRegularExpression {
   // A set of characters below kAsciiEnd.
   struct AsciiSet {
     void Add(char32_t first, char32_t last);
-    bool Has(char32_t c) const { return (bits[c / 64] >> (c % 64) & 1) != 0; }
+    void Remove(const AsciiSet& other) {
+      bits[0] &= ~other.bits[0];
+      bits[1] &= ~other.bits[1];
+    }
+    bool Has(char32_t c) const { return ((c < 64 ? bits[0] : bits[1]) >> (c % 64) & 1) != 0; }
     std::uint64_t bits[2] = {0, 0};
   };
 
   struct Slot : Lexeme {
-    AsciiSet ascii;  // what a block takes
+    AsciiSet ascii;  // what it may begin with, blocks and literals only
   };
 
   // Room for 64 elements at first, then twice as many each time.
@@ -150,7 +154,7 @@ class VOR_API TAUnicodeRegularExpression {
   int _decodeCharacterRule(int& pos);
   int _decodeRepetition(int& pos);
   bool _startsWith(int pos, const char* text) const;
-  AsciiSet _asciiSetOf(const Lexeme& block) const;
+  AsciiSet _beginningOf(const Lexeme& lexeme) const;
   VorHashSCMap* _resultsOf(const VorUnicodeString& filter);
   bool _matches(const VorUnicodeString& subject);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <limits>
 #include <new>
 
 #include "regex/TAUnicodeRegularExpression.h"
@@ -29,12 +30,16 @@ class TAUnicodeRegularExpression::Walk {
   Outcome TakeCountedBlock(const Slot& lexeme);
   bool GoBackToVariable();
 
-  bool MayFollow(const Slot& lexeme, int position) const;
-  bool Passes(const Slot& block, int position) const {
-    const char32_t c = _text[position];
-    return c < kAsciiEnd ? block.ascii.Has(c) : PassesBeyondAscii(block, c);
+  // Where a lexeme behind a variable one has a chance.
+  enum Place { Anywhere, AtItsBeginning, AtTheEnd };
+  Place PlaceFor(const Slot& lexeme) const;
+
+  // Whether c is in a block or begins a literal.
+  bool Begins(const Slot& lexeme, char32_t c) const {
+    return c < kAsciiEnd ? lexeme.ascii.Has(c) : BeginsBeyondAscii(lexeme, c);
   }
-  bool PassesBeyondAscii(const Slot& block, char32_t c) const;
+  bool BeginsBeyondAscii(const Slot& lexeme, char32_t c) const;
+
   bool IsAskedFirst(int position);
 
   const TAUnicodeRegularExpression& _filter;
@@ -47,7 +52,7 @@ class TAUnicodeRegularExpression::Walk {
   int _lexeme = 0;
   int _position = 0;  // may be behind the end, after a negated block with a count
 
-  int _allowance;                           // questions to repeated blocks before the table is made
+  std::int64_t _allowance;                  // questions to repeated blocks before notes are taken
   std::unique_ptr<std::uint64_t[]> _asked;  // a bit for each lexeme and position
 };
 
@@ -76,7 +81,7 @@ TAUnicodeRegularExpression::Walk::Walk(TAUnicodeRegularExpression& filter,
     ++_text;
     --_end;
   }
-  _allowance = _end > INT_MAX - _last ? INT_MAX : _end + _last;
+  _allowance = 2 * (static_cast<std::int64_t>(_end) + _last);
   for (int i = 0; i < _last; ++i) _lexemes[i].Anl = -1;
 }
 
@@ -129,35 +134,57 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Take
     _position = lexeme.Anl + 1;
   }
   const Slot& next = _lexemes[behind];
+  int end = _position;
   if (next.Type == Literal) {
-    const int start = _position;
     const char32_t first = _pattern[next.Start];
-    while (_position < _end && _text[_position] != first) ++_position;
+    while (end < _end && _text[end] != first) ++end;
     // The room is counted from where the run starts, not from what was found.
-    if (_position >= _end || next.Size > _end - start) return Refuse;
-  } else {
-    for (; !MayFollow(next, _position); ++_position) {
-      if (_position >= _end) return Refuse;
-    }
+    if (end >= _end || next.Size > _end - _position) return Refuse;
+  } else if (PlaceFor(next) == AtItsBeginning) {
+    const int textEnd = _end;
+    while (end < textEnd && !Begins(next, _text[end])) ++end;
+    if (end >= textEnd) return Refuse;
   }
-  lexeme.Anl = _position;
+  lexeme.Anl = _position = end;
   _lexeme = behind;
   return GoOn;
 }
 
+// Grows by one character and then as long as the next lexeme would only send the walk back here.
 TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::TakeRepeatedBlock(
     Slot& lexeme) {
-  const Slot& next = _lexemes[_lexeme + 1];
-  if (lexeme.Anl != -1) {
-    do {
-      // Past the end there is no character to take, for a negated block either.
-      if (_position >= _end || !Passes(lexeme, _position) || !IsAskedFirst(_position)) {
-        return GoBack;
-      }
-      ++_position;
-    } while (!MayFollow(next, _position));
+  if (lexeme.Anl == -1) {
+    lexeme.Anl = _position;
+    ++_lexeme;
+    return GoOn;
   }
-  lexeme.Anl = _position;
+  const Slot& next = _lexemes[_lexeme + 1];
+  const Place place = PlaceFor(next);
+  const char32_t* const text = _text;
+  const char32_t* const seenByNext = next.Type == Literal ? _given : text;
+  const int textEnd = _end;
+  const auto mayFollow = [&](int position) {
+    if (position >= textEnd) return place != AtItsBeginning;
+    return place == Anywhere || (place == AtItsBeginning && Begins(next, seenByNext[position]));
+  };
+  const bool takesNotes = _allowance < textEnd - _position;
+  AsciiSet goesOn;  // what is taken where the next lexeme has no chance
+  if (place != Anywhere && !takesNotes && seenByNext == text) {
+    goesOn = lexeme.ascii;
+    if (place == AtItsBeginning) goesOn.Remove(next.ascii);
+  }
+  bool isFollowed = false;
+  int end = _position;
+  // Past the end there is no character to take, for a negated block either.
+  while (!isFollowed && end < textEnd && Begins(lexeme, text[end]) &&
+         (!takesNotes || IsAskedFirst(end))) {
+    ++end;
+    while (end < textEnd && text[end] < kAsciiEnd && goesOn.Has(text[end])) ++end;
+    isFollowed = mayFollow(end);
+  }
+  _allowance -= end - _position + 1;
+  if (!isFollowed) return GoBack;
+  lexeme.Anl = _position = end;
   ++_lexeme;
   return GoOn;
 }
@@ -168,7 +195,7 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Take
   // A place past the end passes no operation, which is what a negated block asks for.
   if (lexeme.Size > left && lexeme.Type == Block) return GoBack;
   for (int i = 0; i < lexeme.Size && i < left; ++i) {
-    if (!Passes(lexeme, _position + i)) return GoBack;
+    if (!Begins(lexeme, _text[_position + i])) return GoBack;
   }
   _position = lexeme.Size > INT_MAX - _position ? INT_MAX : _position + lexeme.Size;
   ++_lexeme;
@@ -188,37 +215,32 @@ bool TAUnicodeRegularExpression::Walk::GoBackToVariable() {
   return false;
 }
 
-// False only if a lexeme behind a variable one would fail at once and send the walk back there.
-bool TAUnicodeRegularExpression::Walk::MayFollow(const Slot& lexeme, int position) const {
-  if (&lexeme == _lexemes + _last) return position >= _end;
-  if (lexeme.Type == AnyRun || lexeme.Size == 0) return true;
-  if (lexeme.Size == kVariable && lexeme.Anl == -1) return true;
-  if (position >= _end) return false;
-  if (lexeme.Type == Literal) return _pattern[lexeme.Start] == _given[position];
-  return lexeme.Type == AnyCharacter || Passes(lexeme, position);
+TAUnicodeRegularExpression::Walk::Place TAUnicodeRegularExpression::Walk::PlaceFor(
+    const Slot& lexeme) const {
+  if (&lexeme == _lexemes + _last) return AtTheEnd;
+  const bool isUntried = lexeme.Size == kVariable && lexeme.Anl == -1;
+  const bool takesAny = lexeme.Type == AnyRun || lexeme.Type == AnyCharacter || lexeme.Size == 0;
+  return isUntried || takesAny ? Anywhere : AtItsBeginning;
 }
 
-bool TAUnicodeRegularExpression::Walk::PassesBeyondAscii(const Slot& block, char32_t c) const {
+bool TAUnicodeRegularExpression::Walk::BeginsBeyondAscii(const Slot& lexeme, char32_t c) const {
+  if (lexeme.Type == Literal) return _pattern[lexeme.Start] == c;
   bool isMember = false;
-  for (int op = block.First; op <= block.Last && !isMember; ++op) {
+  for (int op = lexeme.First; op <= lexeme.Last && !isMember; ++op) {
     isMember = _filter._checkCharacterRule(c, op) != 0;
   }
-  return isMember == (block.Type == Block);
+  return isMember == (lexeme.Type == Block);
 }
 
-// Whether the current lexeme is asked for the character at position for the first time, as far as
-// is known: while there are few questions nobody takes notes.
+// Whether the current repeated block is asked for the character at position for the first time, as
+// far as the notes tell, and notes the question.
 bool TAUnicodeRegularExpression::Walk::IsAskedFirst(int position) {
-  if (_allowance > 0) {
-    --_allowance;
-    return true;
-  }
   const auto row = static_cast<std::size_t>(_end);
   if (_asked == nullptr) {
     const std::size_t bits = static_cast<std::size_t>(_last) * row;
     if (bits <= kMostAsked) _asked.reset(new (std::nothrow) std::uint64_t[bits / 64 + 1]());
     if (_asked == nullptr) {
-      _allowance = INT_MAX;
+      _allowance = std::numeric_limits<std::int64_t>::max();  // then without
       return true;
     }
   }
