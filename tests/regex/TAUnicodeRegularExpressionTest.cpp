@@ -54,38 +54,36 @@ TEST(UnicodeFilter, CompiledForm) {
   const struct {
     const char* filter;
     const char* lexemes;
-  } rows[] = {
-      {nullptr, "0,1,-1"},
-      {"", "0,1,-1"},
-      {"   ", "0,0,0"},
-      {"  ab  ", "0,0,2"},
-      {"a\\b]-^{", "0,0,7"},
-      {"**", "0,1,-1 1,1,-1"},
-      {"*.c", "0,1,-1 1,2,1 2,0,1"},
-      {"[^a-c]*x", "0,4,-1(1ac)(0c) 7,0,1"},
-      {"[a-]", "0,3,1(0a)(0-)"},
-      {"[a^[.*]]", "0,3,1(0a)(0^)(0[)(0.)(0*) 7,0,1"},
-      {"[][^]", "0,3,1 2,4,1"},
-      {"[a-f:digit:_]", "0,3,1(1af)(0f)(5:)(0_)"},
-      {"[:alnum::alpha::cntrl::digit::graph::lower::print::punct::space::upper:]",
-       "0,3,1(2:)(3:)(4:)(5:)(6:)(7:)(8:)(9:)(10:)(11:)"},
-      // Blocks that end with the filter, or that are spoilt by a name or count.
-      {"[ab", "0,3,1(0a)(0b)"},
-      {"x[a-", "0,0,1 1,3,1(1a)"},
-      {"[", "0,3,1"},
-      {"[:xdigit:]", "0,3,1 3,0,7"},
-      {"[^ab:Digit:]", "0,4,1 6,0,6"},
-      {"[a]\\{x\\}b", "0,3,1 6,0,3"},
-      {"[a]\\{1,2\\}b", "0,3,1 6,0,5"},
-      // Counts
-      {"[0-9]\\{2\\}a", "0,3,2(109)(09) 10,0,1"},
-      {"[0-9]\\{2\\}", "0,3,1(109)(09) 8,0,2"},
-      {"[a]\\{", "0,3,1(0a)"},
-      {"[a]\\{12345", "0,3,1(0a) 6,0,4"},
-      {"[a]\\{\\}b", "0,3,1(0a) 7,0,1"},
-      {"[a]\\{0\\}[b]*", "0,3,0(0a) 8,3,-1(0b)"},
-      {"[a]\\{99999999999\\}b", "0,3,1(0a) 18,0,1"},
-  };
+  } rows[] = {{nullptr, "0,1,-1"},
+              {"", "0,1,-1"},
+              {"   ", "0,0,0"},
+              {"  ab  ", "0,0,2"},
+              {"a\\b]-^{", "0,0,7"},
+              {"**", "0,1,-1 1,1,-1"},
+              {"*.c", "0,1,-1 1,2,1 2,0,1"},
+              {"[^a-c]*x", "0,4,-1(1ac)(0c) 7,0,1"},
+              {"[a-]", "0,3,1(0a)(0-)"},
+              {"[a^[.*]]", "0,3,1(0a)(0^)(0[)(0.)(0*) 7,0,1"},
+              {"[][^]", "0,3,1 2,4,1"},
+              {"[a-f:digit:_]", "0,3,1(1af)(0f)(5:)(0_)"},
+              {"[:alnum::alpha::cntrl::digit::graph::lower::print::punct::space::upper:]",
+               "0,3,1(2:)(3:)(4:)(5:)(6:)(7:)(8:)(9:)(10:)(11:)"},
+              // Blocks that end with the filter, or that are spoilt by a name or count.
+              {"[ab", "0,3,1(0a)(0b)"},
+              {"x[a-", "0,0,1 1,3,1(1a)"},
+              {"[", "0,3,1"},
+              {"[:xdigit:]", "0,3,1 3,0,7"},
+              {"[^ab:Digit:]", "0,4,1 6,0,6"},
+              {"[a]\\{x\\}b", "0,3,1 6,0,3"},
+              {"[a]\\{1,2\\}b", "0,3,1 6,0,5"},
+              // Counts
+              {"[0-9]\\{2\\}a", "0,3,2(109)(09) 10,0,1"},
+              {"[0-9]\\{2\\}", "0,3,1(109)(09) 8,0,2"},
+              {"[a]\\{", "0,3,1(0a)"},
+              {"[a]\\{12345", "0,3,1(0a) 6,0,4"},
+              {"[a]\\{\\}b", "0,3,1(0a) 7,0,1"},
+              {"[a]\\{0\\}[b]*", "0,3,0(0a) 8,3,-1(0b)"},
+              {"[a]\\{99999999999\\}b", "0,3,1(0a) 18,0,1"}};
   for (const auto& row : rows) {
     EXPECT_EQ(Compiled(row.filter), row.lexemes) << (row.filter == nullptr ? "null" : row.filter);
   }
@@ -112,45 +110,43 @@ TEST(UnicodeFilter, Matches) {
     const char* filter;
     const char* accepted;  // each followed by a bar
     const char* refused;
-  } rows[] = {
-      {"*", "any| |", "|"},
-      {"   ", "", "| |a|"},
-      {"abc", "abc|abc  |", "abcd|ab|Abc|"},
-      {"a*", "a|abc|", "ba|"},
-      {"*c", "c|abc|cc|", "cb|"},
-      {"a*c", "ac|abxc|", "abcd|"},
-      {"*b*", "b|aXbY|", "aXY|"},
-      {"**b", "ab|", "a|"},
-      {"*ab*ab", "aababab|", "abb|"},
-      {"a.", "", "a|"},
-      {"[.]", ".|", ",|"},
-      {"[a-c]*x", "x|abcx|", "adx|"},
-      {"[^a]*", "bc|", "ba|"},
-      {"[^0-9]\\{2\\}a", "xya|", "x1a|xa|"},
-      {"[x]\\{0\\}a", "a|", "xa|"},
-      {"[:digit:]", "7|", "a|"},
-      {"[:xdigit:]", "", "digit:]|adigit:]|"},
-      {"[^:xdigit:]", "adigit:]|", "digit:]|"},
-      // Literals are compared with the blanks before a text, what is not literal is not.
-      {"abc", "", " abc|"},
-      {"[a][b]*", " ab|", ""},
-      {"*b[c]", " xbbc|", " xbc|"},
-      // A repeated block that was tried goes on with one character, not with none.
-      {"*[a]*", "ba|", "b|"},
-      {"[b]*[a]*", "ba|bba|", "b|"},
-      // Past the end a negated block is taken by count, and nothing else is.
-      {"[^x]\\{5\\}[a]*", "b|", "x|"},
-      {"[^x]\\{2147483647\\}*[a]*", "b|", "x|"},
-      {"[^x]\\{5\\}*a", "", "b|"},
-      {"[b]\\{5\\}[a]*", "bbbbba|", "b|"},
-      {"*[a]", "a|", "b|"},
-      {"*[^a]x", "bx|", "b|"},
-      // Beyond ASCII, and bytes that are no UTF-8.
-      {"[α-ω]*", "λογος|", "λόγος|"},
-      {"[:alpha:]\\{2\\}!", "é日!|", "é€!|"},
-      {"[:upper:]*[^:upper:]", "É€|", "é€|"},
-      {"*\xff", "a\xff|", "a\xfe|"},
-  };
+  } rows[] = {{"*", "any| |", "|"},
+              {"   ", "", "| |a|"},
+              {"abc", "abc|abc  |", "abcd|ab|Abc|"},
+              {"a*", "a|abc|", "ba|"},
+              {"*c", "c|abc|cc|", "cb|"},
+              {"a*c", "ac|abxc|", "abcd|"},
+              {"*b*", "b|aXbY|", "aXY|"},
+              {"**b", "ab|", "a|"},
+              {"*ab*ab", "aababab|", "abb|"},
+              {"a.", "", "a|"},
+              {"[.]", ".|", ",|"},
+              {"[a-c]*x", "x|abcx|", "adx|"},
+              {"[^a]*", "bc|", "ba|"},
+              {"[^0-9]\\{2\\}a", "xya|", "x1a|xa|"},
+              {"[x]\\{0\\}a", "a|", "xa|"},
+              {"[:digit:]", "7|", "a|"},
+              {"[:xdigit:]", "", "digit:]|adigit:]|"},
+              {"[^:xdigit:]", "adigit:]|", "digit:]|"},
+              // Literals are compared with the blanks before a text, what is not literal is not.
+              {"abc", "", " abc|"},
+              {"[a][b]*", " ab|", ""},
+              {"*b[c]", " xbbc|", " xbc|"},
+              // A repeated block that was tried goes on with one character, not with none.
+              {"*[a]*", "ba|", "b|"},
+              {"[b]*[a]*", "ba|bba|", "b|"},
+              // Past the end a negated block is taken by count, and nothing else is.
+              {"[^x]\\{5\\}[a]*", "b|", "x|"},
+              {"[^x]\\{2147483647\\}*[a]*", "b|", "x|"},
+              {"[^x]\\{5\\}*a", "", "b|"},
+              {"[b]\\{5\\}[a]*", "bbbbba|", "b|"},
+              {"*[a]", "a|", "b|"},
+              {"*[^a]x", "bx|", "b|"},
+              // Beyond ASCII, and bytes that are no UTF-8.
+              {"[α-ω]*", "λογος|", "λόγος|"},
+              {"[:alpha:]\\{2\\}!", "é日!|", "é€!|"},
+              {"[:upper:]*[^:upper:]", "É€|", "é€|"},
+              {"*\xff", "a\xff|", "a\xfe|"}};
   for (const auto& row : rows) {
     TAUnicodeRegularExpression filter(row.filter);
     for (const int expected : {1, 0}) {

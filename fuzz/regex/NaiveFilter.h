@@ -1,5 +1,5 @@
-#ifndef VOR_TESTS_REGEX_NAIVEFILTER_H
-#define VOR_TESTS_REGEX_NAIVEFILTER_H
+#ifndef VOR_FUZZ_REGEX_NAIVEFILTER_H
+#define VOR_FUZZ_REGEX_NAIVEFILTER_H
 
 #include <ctype.h>
 #include <stdlib.h>
@@ -145,4 +145,4 @@ inline int Check(const std::string& given, const std::string& subject, int steps
 
 }  // namespace naive
 
-#endif  // VOR_TESTS_REGEX_NAIVEFILTER_H
+#endif  // VOR_FUZZ_REGEX_NAIVEFILTER_H
