@@ -92,18 +92,25 @@ TAUnicodeRegularExpression::~TAUnicodeRegularExpression() {
 }
 
 int TAUnicodeRegularExpression::SetFilter(const VorUnicodeString& filter, URE_type type) {
-  _lastOperation = -1;
-  _lastLexeme = -1;
   _filter = filter.IsNull() ? VorUnicodeString("*") : filter.Strip(VorUnicodeString::Both, kBlank);
   _length = _filter.GetLengthInChar();
+  _results = nullptr;
+  if (_compile() != 0) {
+    _lastLexeme = -1;  // so that nothing walks over what is not there
+    return 1;
+  }
   if (type == URE_Cache && !HoldsNul(filter) && _resultsOf(filter) == nullptr) {
     std::unique_ptr<VorHashSCMap> results(new (std::nothrow) VorHashSCMap(nullptr));
     if (results == nullptr || !Add(_cache, filter, results.get())) return 1;
     results.release();
   }
-  _results = HoldsNul(_filter) ? nullptr : _resultsOf(_filter);
-  if (!_operations.MakeRoom(0)) return 1;
+  if (!HoldsNul(_filter)) _results = _resultsOf(_filter);
+  return 0;
+}
 
+int TAUnicodeRegularExpression::_compile() {
+  _lastOperation = -1;
+  _lastLexeme = -1;
   // Each token opens the lexeme of the next one, so a filter ends with an empty literal lexeme.
   int pos = 0;
   if (_addLexeme(pos, Literal) != 0) return 1;

@@ -28,9 +28,8 @@ enum URE_type : int {
 ///     [a-z]*        zero or more characters of the set
 ///     [a-z]\{3\}    exactly three; heard only if at least one more character follows it
 ///
-/// Everything else is literal, the backslash and a "]" outside a block too.  There is no escape:
-/// "*",
-/// "." and "[" stand for themselves inside brackets only.  Letters are never folded.
+/// Everything else is literal, also the backslash and, outside a block, "]".  There is no escape:
+/// inside brackets only, "*", "." and "[" stand for themselves.  Letters are never folded.
 ///
 /// Blanks around a filter and around a tested text do not count.  A filter is compiled when it is
 /// set, and never refused: a class name that is unknown, ":xdigit:" among them, or a count that is
@@ -47,7 +46,7 @@ class VOR_API TAUnicodeRegularExpression {
   /// As SetFilter with URE_Cache; a null or empty \a filter is "*".
   TAUnicodeRegularExpression(const char* filter);
   TAUnicodeRegularExpression(const VorUnicodeString& filter);
-  /// Sets the filter that other.GetFilter() gives.
+  /// Sets the filter that other.GetFilter() gives; so the copy of one of blanks only is "*".
   TAUnicodeRegularExpression(const TAUnicodeRegularExpression& other);
   /// The same; the results that were remembered here stay.
   TAUnicodeRegularExpression& operator=(const TAUnicodeRegularExpression& other);
@@ -59,8 +58,8 @@ class VOR_API TAUnicodeRegularExpression {
   /// Results are remembered under the filter as given and looked up under the filter without
   /// blanks around it, so one that is given with such blanks is matched afresh each time.
   ///
-  /// Returns 0; 1 if there was no memory, the object then accepts nothing that can be relied on
-  /// until another filter is set.
+  /// Returns 0; 1 if there was no memory, the object must then not be asked until another filter is
+  /// set.
   int SetFilter(const VorUnicodeString& filter, URE_type type);
 
   /// The filter without the blanks around it.
@@ -147,6 +146,7 @@ class VOR_API TAUnicodeRegularExpression {
     std::unique_ptr<T[]> _elements;
   };
 
+  int _compile();
   int _addLexeme(int start, int type);
   int _addCharacterOperation(int type);
   int _decodeToken(int& pos);

@@ -220,7 +220,7 @@ TEST(UnicodeFilter, RemembersResultsByFilterAndText) {
   TAUnicodeRegularExpression copy(filter), blanks(" *b ");
   EXPECT_FALSE(isRemembered(copy, "ab"));
   EXPECT_TRUE((copy.SetFilter("*b", URE_Cache), isRemembered(copy, "ab")));
-  copy = copy;
+  copy = static_cast<const TAUnicodeRegularExpression&>(copy);
   EXPECT_TRUE(isRemembered(copy, "ab"));
   blanks.CheckFromFilter("ab");
   EXPECT_TRUE(blanks.SetFilter(" *b ", URE_Cache) == 0 && !isRemembered(blanks, "ab"));
