@@ -24,6 +24,7 @@ struct Known {
   int Options::*number;
   int smallest = 0;
   int largest = INT_MAX;
+  std::vector<std::string> Options::*words = nullptr;  // as many as the help names
 };
 
 constexpr Known kKnown[] = {
@@ -37,6 +38,9 @@ constexpr Known kKnown[] = {
     {"requests", kServe, 0, "N", nullptr, &Options::requests},
     {"token", kServe | kRequest, 0, "FILE", &Options::tokenFile, nullptr},
     {"out", kRequest, 0, "DIR", &Options::outFolder, nullptr},
+    {"owners", kRun | kServe, 0, "ORG KVR", nullptr, nullptr, 0, 0, &Options::owners},
+    {"load", kRun | kServe, 0, "CONTROL USER PASSWORD CONNECTION", nullptr, nullptr, 0, 0,
+     &Options::load},
 };
 
 // What getopt gives for an option: its place in kKnown, behind these.
@@ -66,6 +70,20 @@ std::string Store(const Known& known, std::string_view text, Options* options) {
          std::to_string(known.smallest) + upTo + ", not '" + std::string(text) + "'";
 }
 
+// Takes the values of an option that has several, of which getopt has taken the first.
+std::string TakeWords(const Known& known, int argc, char** argv, Options* options) {
+  const std::string_view names = known.value;
+  auto left = std::count(names.begin(), names.end(), ' ');
+  if (argc - optind < left) {
+    return "--" + std::string(known.name) + " needs " + std::to_string(left + 1) + " values, " +
+           known.value;
+  }
+  std::vector<std::string>& words = options->*known.words;
+  words = {optarg};
+  for (; left > 0; --left) words.emplace_back(argv[optind++]);
+  return "";
+}
+
 constexpr const char* kRunHelp =
     "usage: campaign run --tests FILE [OPTION]... EXPRESSION\n"
     "\n"
@@ -81,6 +99,17 @@ constexpr const char* kRunHelp =
     "  --results DIR     keep the output of each test in DIR/name.log (default: it is\n"
     "                    thrown away)\n"
     "  --junit FILE      write the results as JUnit XML too\n"
+    "  --owners ORG KVR  list the failures by responsible: the test framework/module\n"
+    "                    belongs to the one whom the file KVR names for that module, or\n"
+    "                    else for that framework; the file ORG has a line for each\n"
+    "  --load CONTROL USER PASSWORD CONNECTION\n"
+    "                    load the results into a database: sqlldr gets CONTROL and a file\n"
+    "                    with a line 'name,result,return code,seconds,responsible' for\n"
+    "                    each test, name and responsible in double quotes; it is kept as\n"
+    "                    DIR/campaign.csv with --results DIR.  PASSWORD is env:NAME for\n"
+    "                    the value of an environment variable, file:PATH for the first\n"
+    "                    line of a file, or the password itself.  While sqlldr runs, other\n"
+    "                    users of this machine can see the password among its arguments\n"
     "  --help            show this text\n";
 
 constexpr const char* kServeHelp =
@@ -99,7 +128,8 @@ constexpr const char* kServeHelp =
     "\n"
     "  --port PORT       where to listen, on all addresses; 0 for any free port, which\n"
     "                    is shown\n"
-    "  --tests FILE, --jobs N, --timeout SECONDS\n"
+    "  --tests FILE, --jobs N, --timeout SECONDS, --owners ORG KVR,\n"
+    "  --load CONTROL USER PASSWORD CONNECTION\n"
     "                    as for 'campaign run'\n"
     "  --results DIR     keep the output in DIR/name.log (default: only while it is sent)\n"
     "  --requests N      end after this many requests, with those that fail (default: 0,\n"
@@ -144,7 +174,7 @@ std::string HelpFor(Command command) {
   }
   return std::string(kRunHelp) + kExpressionHelp +
          "Ctrl-C kills every running test with its processes and still shows the results.\n\n" +
-         kStatusHelp + ".\n";
+         kStatusHelp + ",\nor results that could not be written or loaded.\n";
 }
 
 std::string ParseOptions(Command command, int argc, char** argv, Options* options) {
@@ -169,7 +199,9 @@ std::string ParseOptions(Command command, int argc, char** argv, Options* option
     if (found < kFirstKnown) return "unknown option " + std::string(argv[optind - 1]);
     const auto place = static_cast<std::size_t>(found - kFirstKnown);
     given |= 1ul << place;
-    std::string problem = Store(kKnown[place], optarg, options);
+    const Known& known = kKnown[place];
+    std::string problem = known.words != nullptr ? TakeWords(known, argc, argv, options)
+                                                 : Store(known, optarg, options);
     if (!problem.empty()) return problem;
   }
   for (std::size_t i = 0; i < std::size(kKnown); ++i) {

@@ -2,6 +2,7 @@
 #define VOR_EXAMPLES_CAMPAIGN_OPTIONS_H
 
 #include <string>
+#include <vector>
 
 #include "Campaign.h"
 
@@ -16,8 +17,10 @@ struct Options {
   std::string resultsFolder;  ///< "" if output is not kept
   std::string junitFile;      ///< "" for none
   std::string host;
-  std::string tokenFile;  ///< "" for none
-  std::string outFolder;  ///< "" if result files are thrown away
+  std::string tokenFile;            ///< "" for none
+  std::string outFolder;            ///< "" if result files are thrown away
+  std::vector<std::string> owners;  ///< organisation file and KVR file; empty for none
+  std::vector<std::string> load;    ///< as DatabaseLoad::Prepare takes them; empty for no load
   int port = 0;
   int requests = 0;  ///< to be served; 0 for no limit
   int jobs = 1;

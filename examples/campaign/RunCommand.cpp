@@ -7,6 +7,7 @@
 
 #include "Campaign.h"
 #include "Commands.h"
+#include "Followup.h"
 #include "Interrupt.h"
 #include "JUnitReport.h"
 #include "Options.h"
@@ -41,6 +42,9 @@ int RunCommand(int argc, char** argv) {
   if (tests.empty()) {
     return Refuse("'" + options.expression + "' selects no test of " + options.testList);
   }
+  Followup followup;
+  problem = followup.Prepare(options);
+  if (!problem.empty()) return Refuse(problem);
   std::ofstream junitFile;
   problem = OpenJUnitFile(options.junitFile, &junitFile);
   std::vector<std::string> logFiles;
@@ -63,8 +67,11 @@ int RunCommand(int argc, char** argv) {
   if (junitFile.is_open()) {
     junitFile << MakeJUnitReport(results, seconds);
     junitFile.close();
-    if (!junitFile) return Refuse("cannot write " + options.junitFile);
+    if (!junitFile) problem = "cannot write " + options.junitFile;
   }
+  const std::string followupProblem = followup.Apply(results);
+  if (problem.empty()) problem = followupProblem;
+  if (!problem.empty()) return Refuse(problem);
   return AllPassed(results) ? kAllPassed : kSomeFailed;
 }
 

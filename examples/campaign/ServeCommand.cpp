@@ -8,6 +8,7 @@
 
 #include "Campaign.h"
 #include "Commands.h"
+#include "Followup.h"
 #include "Interrupt.h"
 #include "Options.h"
 #include "Progress.h"
@@ -48,8 +49,12 @@ class ResultsFolder {
 
 class Server {
  public:
-  Server(const Options& options, std::vector<Test> tests, std::string token)
-      : _options(options), _tests(std::move(tests)), _token(std::move(token)) {}
+  Server(const Options& options, const Followup& followup, std::vector<Test> tests,
+         std::string token)
+      : _options(options),
+        _followup(followup),
+        _tests(std::move(tests)),
+        _token(std::move(token)) {}
 
   int Run() {
     if (_socket.OpenServer(_options.port) != 0) {
@@ -103,6 +108,8 @@ class Server {
     progress.Finish();
     if (IsInterrupted()) return "interrupted";
     _testsRun.Count(static_cast<int>(results.size()));
+    const std::string followupProblem = _followup.Apply(results);
+    if (!followupProblem.empty()) printf("%s\n", followupProblem.c_str());
 
     VorListValVorString answer;
     ListResults(results, &answer);
@@ -114,6 +121,7 @@ class Server {
   }
 
   const Options _options;
+  const Followup& _followup;
   const std::vector<Test> _tests;
   const std::string _token;
   TASocket _socket;
@@ -137,8 +145,10 @@ int ServeCommand(int argc, char** argv) {
   std::string token;
   problem = LoadTestList(options.testList, &tests);
   if (problem.empty()) problem = LoadToken(options.tokenFile, &token);
+  Followup followup;
+  if (problem.empty()) problem = followup.Prepare(options);
   if (!problem.empty()) return Refuse(problem);
-  return Server(options, std::move(tests), std::move(token)).Run();
+  return Server(options, followup, std::move(tests), std::move(token)).Run();
 }
 
 }  // namespace campaign

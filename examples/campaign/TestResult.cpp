@@ -4,21 +4,25 @@
 
 namespace campaign {
 
-std::string Describe(const TestResult& result) {
-  const std::string code = " (" + std::to_string(result.returnCode) + ")";
-  switch (result.outcome) {
+std::string Word(Outcome outcome) {
+  switch (outcome) {
     case Outcome::kPassed:
       return "passed";
     case Outcome::kFailed:
-      return "failed" + code;
+      return "failed";
     case Outcome::kTimedOut:
-      return "timed out" + code;
+      return "timed out";
     case Outcome::kInterrupted:
       return "interrupted";
     case Outcome::kNotRun:
       break;
   }
   return "not run";
+}
+
+std::string Describe(const TestResult& result) {
+  const bool tells = result.outcome == Outcome::kFailed || result.outcome == Outcome::kTimedOut;
+  return Word(result.outcome) + (tells ? " (" + std::to_string(result.returnCode) + ")" : "");
 }
 
 int Count(const std::vector<TestResult>& results, Outcome outcome) {

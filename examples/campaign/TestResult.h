@@ -23,7 +23,10 @@ struct TestResult {
   std::string logFile;  ///< holds its output; "" if none was kept
 };
 
-/// The outcome as a word or two for the reader, with the return code where it tells something.
+/// The outcome as a word or two for the reader.
+std::string Word(Outcome outcome);
+
+/// The same with the return code where it tells something.
 std::string Describe(const TestResult& result);
 
 /// How many results have this outcome.

@@ -26,7 +26,7 @@ struct Model {
     if (!rest.starts_with("Resp:") || rest.size() == 5) return AddBad(line);
     const std::string responsible = Upper(rest.substr(5));
     if (fields[4].starts_with("Fw:")) {
-      const bool isNew = frameworks.try_emplace(fields[4].substr(3), responsible).second;
+      const bool isNew = frameworks.emplace(fields[4].substr(3), Framework{responsible, {}}).second;
       if (isNew) return;
       messages += "# Error: fw " + fields[4] + " referenced multiple time in file " + file + "\n";
     } else if (fields[4].starts_with("Mod:")) {

@@ -52,14 +52,15 @@ class Printed {
   size_t _size = 0;
 };
 
-/// The input with each "~" as 20,000 times the byte before it, so that lines pass the buffer.
+/// The input.  One that begins with "~" stands for long lines: without that byte, and with each
+/// further "~" as 20,000 times the byte before it, so that lines pass the buffer.
 inline std::string Content(const std::uint8_t* data, std::size_t size) {
-  std::string content;
-  int longRuns = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    const char c = static_cast<char>(data[i]);
-    const bool repeats = c == '~' && i > 0 && data[i - 1] != '\n' && ++longRuns <= 12;
-    content.append(repeats ? 20000 : 1, repeats ? static_cast<char>(data[i - 1]) : c);
+  std::string content(reinterpret_cast<const char*>(data), size);
+  if (!content.starts_with('~')) return content;
+  content.erase(0, 1);
+  for (std::size_t i = content.find('~', 1); i < 200000; i = content.find('~', i + 1)) {
+    const bool repeats = content[i - 1] != '\n';
+    if (repeats) content.replace(i, 1, 20000, content[i - 1]);
   }
   return content;
 }
@@ -68,7 +69,6 @@ inline std::string Content(const std::uint8_t* data, std::size_t size) {
 inline std::vector<std::string> LinesOf(const std::string& content) {
   std::vector<std::string> lines;
   std::istringstream stream(content.substr(0, content.rfind('\n') + 1));
-  if (content.find('\n') == std::string::npos) return lines;
   for (std::string line; std::getline(stream, line);) lines.emplace_back(line.c_str());
   return lines;
 }

@@ -1,0 +1,114 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <regex>
+#include <string>
+
+#include "campaign/RunTool.h"
+#include "support/TempDir.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+// A test list, and a loader that notes what it gets and ends with the status of the file "status".
+class CampaignFollowup : public testing::Test {
+ protected:
+  CampaignFollowup() {
+    const std::string loader = _dir.Write(
+        "bin/sqlldr", "#!/bin/sh\nd=" + _dir.Path() +
+                          "\nprintf '%s\\n' \"$@\" > $d/arguments\ncp \"${3#data=}\" $d/loaded\n"
+                          "test -z \"$SECRET\" || touch $d/secret\nexit $(cat $d/status)\n");
+    std::filesystem::permissions(loader, std::filesystem::perms::owner_all);
+    _dir.Write("status", "0");
+    _dir.Write("load.ctl", "");
+    _dir.Write("org", "Some Team Name.ab.\nOther Team.xyz.\n");
+    _dir.Write("kvr",
+               "a b c d Fw:net Resp:ab\na b c 1234567net Mod:tcp Resp:xyz\n"
+               "a b c d Fw:gone Resp:zz\n");
+  }
+
+  Outcome Run(const std::string& options) {
+    return Campaign("run --jobs 1 --tests " + _dir / "tests.list" + " " + options + " '*'",
+                    "SECRET=tiger PATH=" + _dir / "bin" + ":$PATH ");
+  }
+
+  TempDir _dir;
+};
+
+}  // namespace
+
+TEST_F(CampaignFollowup, ListsFailuresByResponsible) {
+  _dir.Write("tests.list",
+             "alone false\nnet/udp false\nnet/tcp false\nnet/ip true\nnet/tcp/slow sh -c \"exit "
+             "3\"\nno/body false\ngone/x false\n");
+  const std::string owners = "--owners " + _dir / "org" + " ";
+  const Outcome run = Run(owners + _dir / "kvr");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.output, HasSubstr("\n\nfailures by responsible\n\n"
+                                    "AB  Some Team Name.ab.\n"
+                                    "  net/udp: failed (1)\n"
+                                    "  net/tcp/slow: failed (3)\n"
+                                    "XYZ  Other Team.xyz.\n"
+                                    "  net/tcp: failed (1)\n"
+                                    "ZZ  (not in the organisation file)\n"
+                                    "  gone/x: failed (1)\n"
+                                    "nobody known\n"
+                                    "  alone: failed (1)\n"
+                                    "  no/body: failed (1)\n"));
+  EXPECT_THAT(Run(owners + _dir / "missing").output, HasSubstr("missing: No such file"));
+  EXPECT_THAT(Campaign("run --owners org").output, HasSubstr("needs 2 values, ORG KVR"));
+}
+
+TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
+  _dir.Write("tests.list", "net/tcp true\nsay\"hi\" sh -c \"test -z $SECRET; exit 4\"\n");
+  _dir.Write("password", "ti=ger\nsecond line\n");
+  const std::string control = "--load " + _dir / "load.ctl" + " scott ";
+  const std::string records =
+      "\"net/tcp\",passed,0,N,\"XYZ\"\n"
+      "\"say\"\"hi\"\"\",failed,4,N,\"\"\n";
+  const auto loaded = [this] {
+    return std::regex_replace(_dir.Read("loaded"), std::regex(",[0-9]+\\.[0-9]{3},"), ",N,");
+  };
+
+  const Outcome run = Run(control + "env:SECRET db --results " + _dir / "out" + " --owners " +
+                          _dir / "org" + " " + _dir / "kvr");
+  EXPECT_EQ(run.status, 1) << run.output;
+  EXPECT_EQ(_dir.Read("arguments"), "userid=scott/tiger@db\ncontrol=" + _dir / "load.ctl" +
+                                        "\ndata=" + _dir / "out/campaign.csv" + "\n");
+  EXPECT_EQ(loaded(), records);
+  EXPECT_EQ(_dir.Read("out/campaign.csv"), _dir.Read("loaded"));
+  EXPECT_NE(access((_dir / "secret").c_str(), F_OK), 0) << "children see the password";
+
+  _dir.Write("status", "3");
+  const Outcome failed = Run(control + "file:" + _dir / "password" + " //host:1521/db");
+  EXPECT_EQ(failed.status, 2);
+  EXPECT_THAT(failed.output, HasSubstr("the database loader failed: exit status 3\n"));
+  EXPECT_THAT(_dir.Read("arguments"), HasSubstr("userid=scott/ti=ger@//host:1521/db\n"));
+  const std::string data =
+      std::regex_replace(_dir.Read("arguments"), std::regex("(.|\n)*data="), "");
+  EXPECT_NE(access(data.substr(0, data.size() - 1).c_str(), F_OK), 0) << "temporary, so removed";
+
+  const struct {
+    std::string words;
+    const char* message;
+  } kRefused[] = {
+      {"'" + _dir / "load.ctl" + ";' scott x db", "cannot be given a file named"},
+      {_dir / "none" + " scott x db", "cannot read"},
+      {_dir / "load.ctl" + " 'a b' x db", "the user 'a b' cannot be given"},
+      {_dir / "load.ctl" + " scott '$(x)' db", "the password holds characters"},
+      {_dir / "load.ctl" + " scott env:UNSET_ONE db", "UNSET_ONE is not set"},
+      {_dir / "load.ctl" + " scott file:/none db", "cannot read a password from /none"},
+      {_dir / "load.ctl" + " scott x 'db>f'", "the connection 'db>f' cannot be given"},
+      {_dir / "load.ctl" + " scott x db --results 'a b'", "a file named 'a b/campaign.csv'"},
+  };
+  std::filesystem::remove(_dir / "arguments");
+  for (const auto& row : kRefused) {
+    const Outcome refused = Run("--load " + row.words);
+    EXPECT_EQ(refused.status, 2) << row.words;
+    EXPECT_THAT(refused.output, HasSubstr(row.message));
+  }
+  EXPECT_EQ(_dir.Read("arguments"), "");
+}
