@@ -55,12 +55,12 @@ class Printed {
 /// The input.  One that begins with "~" stands for long lines: without that byte, and with each
 /// further "~" as 20,000 times the byte before it, so that lines pass the buffer.
 inline std::string Content(const std::uint8_t* data, std::size_t size) {
-  std::string content(reinterpret_cast<const char*>(data), size);
-  if (!content.starts_with('~')) return content;
-  content.erase(0, 1);
-  for (std::size_t i = content.find('~', 1); i < 200000; i = content.find('~', i + 1)) {
-    const bool repeats = content[i - 1] != '\n';
-    if (repeats) content.replace(i, 1, 20000, content[i - 1]);
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  if (!input.starts_with('~')) return input;
+  std::string content;
+  for (std::size_t i = 1; i < size; ++i) {
+    const bool repeats = input[i] == '~' && input[i - 1] != '\n' && content.size() < 200000;
+    content.append(repeats ? 20000 : 1, repeats ? input[i - 1] : input[i]);
   }
   return content;
 }
