@@ -3,13 +3,13 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <regex>
 #include <string>
 
 #include "campaign/RunTool.h"
 #include "support/TempDir.h"
 
 using testing::HasSubstr;
+using testing::MatchesRegex;
 
 namespace {
 
@@ -66,19 +66,15 @@ TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
   _dir.Write("tests.list", "net/tcp true\nsay\"hi\" sh -c \"test -z $SECRET; exit 4\"\n");
   _dir.Write("password", "ti=ger\nsecond line\n");
   const std::string control = "--load " + _dir / "load.ctl" + " scott ";
-  const std::string records =
-      "\"net/tcp\",passed,0,N,\"XYZ\"\n"
-      "\"say\"\"hi\"\"\",failed,4,N,\"\"\n";
-  const auto loaded = [this] {
-    return std::regex_replace(_dir.Read("loaded"), std::regex(",[0-9]+\\.[0-9]{3},"), ",N,");
-  };
 
   const Outcome run = Run(control + "env:SECRET db --results " + _dir / "out" + " --owners " +
                           _dir / "org" + " " + _dir / "kvr");
   EXPECT_EQ(run.status, 1) << run.output;
   EXPECT_EQ(_dir.Read("arguments"), "userid=scott/tiger@db\ncontrol=" + _dir / "load.ctl" +
                                         "\ndata=" + _dir / "out/campaign.csv" + "\n");
-  EXPECT_EQ(loaded(), records);
+  EXPECT_THAT(_dir.Read("loaded"),
+              MatchesRegex("\"net/tcp\",passed,0,[0-9]+\\.[0-9]{3},\"XYZ\"\n"
+                           "\"say\"\"hi\"\"\",failed,4,[0-9]+\\.[0-9]{3},\"\"\n"));
   EXPECT_EQ(_dir.Read("out/campaign.csv"), _dir.Read("loaded"));
   EXPECT_NE(access((_dir / "secret").c_str(), F_OK), 0) << "children see the password";
 
@@ -87,9 +83,10 @@ TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
   EXPECT_EQ(failed.status, 2);
   EXPECT_THAT(failed.output, HasSubstr("the database loader failed: exit status 3\n"));
   EXPECT_THAT(_dir.Read("arguments"), HasSubstr("userid=scott/ti=ger@//host:1521/db\n"));
-  const std::string data =
-      std::regex_replace(_dir.Read("arguments"), std::regex("(.|\n)*data="), "");
-  EXPECT_NE(access(data.substr(0, data.size() - 1).c_str(), F_OK), 0) << "temporary, so removed";
+  std::string data = _dir.Read("arguments");
+  data = data.substr(data.find("data=") + 5);
+  data.pop_back();
+  EXPECT_NE(access(data.c_str(), F_OK), 0) << "temporary, so removed";
 
   const struct {
     std::string words;
