@@ -107,6 +107,7 @@ TEST_F(Files, TravelAsBlocksThatAHeaderCanTell) {
   });
   EXPECT_EQ(right.GetFile(Path("in"), 10), 0) << right.GetErrMsg();
   EXPECT_TRUE(dir.Read("in") == content);
+  right.Close();  // or the sender waits for ever after a failure
   sender.join();
 }
 
