@@ -19,8 +19,8 @@ class VorFileBuffer;
 /// Ownership: holds a reference to each buffer that waits to be loaded, and none to a loaded one.
 ///            It is subscribed to the loaded ones to hear of their release, until it ends.
 /// Errors:    a buffer whose file cannot be read is passed over.
-/// Threads:   append, Stop and ReceiveCallback may be called from any thread, Stop not from this
-///            one nor while a buffer of its sends its event.
+/// Threads:   append, Stop and ReceiveCallback may be called from any thread; Stop neither on this
+///            one nor in a callback of one of its buffers.
 class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubscriber {
  public:
   /// \a ceiling in bytes.
