@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <exception>
+#include <string_view>
 
 namespace {
 
@@ -11,7 +12,8 @@ constexpr std::size_t kLongestName = 15;  // bytes; the system refuses longer on
 
 }  // namespace
 
-VorThreads::VorThreads(const char* name) : _name(name == nullptr ? "" : name, 0, kLongestName) {}
+VorThreads::VorThreads(const char* name)
+    : _name(std::string_view(name == nullptr ? "" : name).substr(0, kLongestName)) {}
 
 VorThreads::~VorThreads() {
   Wait();
