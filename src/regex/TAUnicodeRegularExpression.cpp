@@ -275,9 +275,7 @@ TAUnicodeRegularExpression::AsciiSet TAUnicodeRegularExpression::_beginningOf(
       set.bits[1] |= members.bits[1];
     }
   }
-  if (lexeme.Type == NegatedBlock) {
-    for (std::uint64_t& word : set.bits) word = ~word;
-  }
+  if (lexeme.Type == NegatedBlock) set.Invert();
   return set;
 }
 

@@ -119,8 +119,10 @@ class VOR_API TAUnicodeRegularExpression {
   struct AsciiSet {
     void Add(char32_t first, char32_t last);
     void Remove(const AsciiSet& other) {
-      bits[0] &= ~other.bits[0];
-      bits[1] &= ~other.bits[1];
+      for (int i : {0, 1}) bits[i] &= ~other.bits[i];
+    }
+    void Invert() {
+      for (std::uint64_t& word : bits) word = ~word;
     }
     bool Has(char32_t c) const { return ((c < 64 ? bits[0] : bits[1]) >> (c % 64) & 1) != 0; }
     std::uint64_t bits[2] = {0, 0};

@@ -39,6 +39,8 @@ class TAUnicodeRegularExpression::Walk {
     return c < kAsciiEnd ? lexeme.ascii.Has(c) : BeginsBeyondAscii(lexeme, c);
   }
   bool BeginsBeyondAscii(const Slot& lexeme, char32_t c) const;
+  int SkipAll(AsciiSet set, int from) const;
+  int FindBeginning(const Slot& block, int from) const;
 
   bool IsAskedFirst(int position);
 
@@ -141,9 +143,8 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Take
     // The room is counted from where the run starts, not from what was found.
     if (end >= _end || next.Size > _end - _position) return Refuse;
   } else if (PlaceFor(next) == AtItsBeginning) {
-    const int textEnd = _end;
-    while (end < textEnd && !Begins(next, _text[end])) ++end;
-    if (end >= textEnd) return Refuse;
+    end = FindBeginning(next, end);
+    if (end >= _end) return Refuse;
   }
   lexeme.Anl = _position = end;
   _lexeme = behind;
@@ -160,26 +161,23 @@ TAUnicodeRegularExpression::Walk::Outcome TAUnicodeRegularExpression::Walk::Take
   }
   const Slot& next = _lexemes[_lexeme + 1];
   const Place place = PlaceFor(next);
-  const char32_t* const text = _text;
-  const char32_t* const seenByNext = next.Type == Literal ? _given : text;
-  const int textEnd = _end;
+  const char32_t* const seenByNext = next.Type == Literal ? _given : _text;
   const auto mayFollow = [&](int position) {
-    if (position >= textEnd) return place != AtItsBeginning;
+    if (position >= _end) return place != AtItsBeginning;
     return place == Anywhere || (place == AtItsBeginning && Begins(next, seenByNext[position]));
   };
-  const bool takesNotes = _allowance < textEnd - _position;
+  const bool takesNotes = _allowance < _end - _position;
   AsciiSet goesOn;  // what is taken where the next lexeme has no chance
-  if (place != Anywhere && !takesNotes && seenByNext == text) {
+  if (place != Anywhere && !takesNotes && seenByNext == _text) {
     goesOn = lexeme.ascii;
     if (place == AtItsBeginning) goesOn.Remove(next.ascii);
   }
   bool isFollowed = false;
   int end = _position;
   // Past the end there is no character to take, for a negated block either.
-  while (!isFollowed && end < textEnd && Begins(lexeme, text[end]) &&
+  while (!isFollowed && end < _end && Begins(lexeme, _text[end]) &&
          (!takesNotes || IsAskedFirst(end))) {
-    ++end;
-    while (end < textEnd && text[end] < kAsciiEnd && goesOn.Has(text[end])) ++end;
+    end = SkipAll(goesOn, end + 1);
     isFollowed = mayFollow(end);
   }
   _allowance -= end - _position + 1;
@@ -230,6 +228,24 @@ bool TAUnicodeRegularExpression::Walk::BeginsBeyondAscii(const Slot& lexeme, cha
     isMember = _filter._checkCharacterRule(c, op) != 0;
   }
   return isMember == (lexeme.Type == Block);
+}
+
+// The first position from \a from on that is not in \a set; the end or more if there is none.
+int TAUnicodeRegularExpression::Walk::SkipAll(AsciiSet set, int from) const {
+  const char32_t* const text = _text;
+  const int end = _end;
+  while (from < end && text[from] < kAsciiEnd && set.Has(text[from])) ++from;
+  return from;
+}
+
+// The first position from \a from on that the block takes; the end or more if there is none.
+int TAUnicodeRegularExpression::Walk::FindBeginning(const Slot& block, int from) const {
+  AsciiSet others = block.ascii;
+  others.Invert();
+  for (;; ++from) {
+    from = SkipAll(others, from);
+    if (from >= _end || Begins(block, _text[from])) return from;
+  }
 }
 
 // Whether the current repeated block is asked for the character at position for the first time, as
