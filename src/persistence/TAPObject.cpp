@@ -16,8 +16,8 @@ const TAPAttr* ValueAt(const TAIndex& attributes, int position) {
 }
 
 // Puts \a value under \a name and gives the value that was there, or null.
-std::unique_ptr<TAPAttr> Store(TAIndex& attributes, const char* name, const TAPAttr& value) {
-  auto stored = std::make_unique<TAPAttr>(value);
+std::unique_ptr<TAPAttr> Store(TAIndex& attributes, const char* name, TAPAttr&& value) {
+  auto stored = std::make_unique<TAPAttr>(std::move(value));
   const int position = attributes.IsIn(name);
   if (position >= 0) {
     void*& slot = attributes.values[position];
@@ -73,10 +73,9 @@ int TAPObject::RemoveAttribute(const char* name) {
 
 void TAPObject::SetAttribute(const char* name, TAPAttr value) noexcept {
   if (name == nullptr) return;
-  // Released last: the name may belong to it.
-  const std::unique_ptr<const TAPAttr> replaced = Store(_attributes, name, value);
-  if (!value.IsType(TAPAttr::ObjectType)) return;
-  const vor::Held<TAPObject> child(value.GetObject());
+  const vor::Held<TAPObject> child(value.GetObject(nullptr));
+  // Kept until the name is used, which may belong to it.
+  const std::unique_ptr<const TAPAttr> replaced = Store(_attributes, name, std::move(value));
   if (child.Get() != nullptr) child->SetPath(PathOf(_path, name).Get());
 }
 

@@ -24,7 +24,8 @@
 /// | "AttrList.txt"     | element of a list            | UID:position from 1:its UID  |
 ///
 /// Nothing is escaped, and readers rely on it: they split a line of "Objects.txt" at its first and
-/// its last two colons and any other at its first, and a newline in a text goes out as it is.
+/// its last two colons, one of "AttrList.txt" at both and any other at its first.  A newline in a
+/// text or name goes out as it is, so what follows it looks like a line.
 /// What a value contains is written before the line of its attribute, so identifiers grow depth
 /// first.  An object that is reached twice is written twice; a save of one that contains
 /// itself runs out of stack.
@@ -48,7 +49,8 @@ class VOR_API TAPObjectSaveContext {
   int GetNewUID();
 
   /// The stream of the file \a name.txt, which the first call for a name makes or empties.  Look at
-  /// its state to see whether it could be opened.  Children do not inherit the file.
+  /// its state to see whether it could be opened.  Programs that the process
+  /// starts do not inherit the file.
   std::fstream* GetStream(VorString name) noexcept;
 
  private:

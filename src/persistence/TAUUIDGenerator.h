@@ -29,7 +29,7 @@ class VOR_API TAUUIDGenerator {
   TAUUIDGenerator() = default;
   virtual ~TAUUIDGenerator();
 
-  /// A new identifier, NUL-terminated, valid until the next call in the same thread.
+  /// A new identifier, NUL-terminated, valid until the thread that asked asks again or ends.
   virtual const char* Get();
 
   /// Finds the number of the machine; Get calls it.  Returns 0, or 1 if that was done before.
