@@ -49,8 +49,8 @@ class VOR_API TAPObjectSaveContext {
   int GetNewUID();
 
   /// The stream of the file \a name.txt, which the first call for a name makes or empties.  Look at
-  /// its state to see whether it could be opened.  Programs that the process
-  /// starts do not inherit the file.
+  /// its state to see whether it could be opened.  Programs that the process starts do not inherit
+  /// the file.
   std::fstream* GetStream(VorString name) noexcept;
 
  private:

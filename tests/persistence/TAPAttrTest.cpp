@@ -17,7 +17,8 @@ VorListValTAPAttr ListOf(const std::vector<TAPAttr>& values) {
   return list;
 }
 
-// One value of each type, in the order of the type codes.
+// One value of each type, in the order of the type codes.  What they refer to ends the process at
+// its own end if it has not got every reference back.
 class EachType : public testing::Test {
  protected:
   TAPObject object, otherObject;
@@ -62,6 +63,8 @@ TEST_F(EachType, GivesTheDefaultOrEndsTheProcessWhereAnotherIsAsked) {
       EXPECT_EQ(values[i].IsType(static_cast<int>(code)), i == code);
     }
   }
+  EXPECT_EQ(TAPAttr(1).GetObject(nullptr), nullptr);
+  EXPECT_STREQ(TAPAttr(static_cast<const char*>(nullptr)).GetString(), "");
 }
 
 TEST_F(EachType, IsOrderedByItsCodeAndSurvivesSelfAssignment) {
@@ -75,7 +78,11 @@ TEST_F(EachType, IsOrderedByItsCodeAndSurvivesSelfAssignment) {
       EXPECT_EQ(values[i] != values[k], i != k);
     }
   }
-  EXPECT_TRUE(TAPAttr(-1) < TAPAttr(1) && TAPAttr(1) > TAPAttr(-1) && TAPAttr(1) != TAPAttr(-1));
+  const std::pair<TAPAttr, TAPAttr> ordered[] = {
+      {-1, 1}, {&object, &otherObject}, {&path, &otherPath}};
+  for (const auto& [less, more] : ordered) {
+    EXPECT_TRUE(less < more && more > less && less != more && !(more < less || less > more));
+  }
 }
 
 TEST(TAPAttr, ComparesListsBySizeAndCopiesThemDeeply) {

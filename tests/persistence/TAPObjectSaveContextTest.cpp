@@ -21,12 +21,18 @@ struct Grouping : std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-// What a save writes, which does not depend on the global locale.
+// Nothing of it depends on the global locale.
+class Save : public testing::Test {
+ protected:
+  ~Save() override { std::locale::global(_before); }
+
+ private:
+  const std::locale _before = std::locale::global(std::locale(std::locale(), new Grouping));
+};
+
 Files Saved(const TAPObject& root) {
   const TempDir folder;
-  const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
   EXPECT_EQ(root.SaveToFile(TAFileName(folder.Path().c_str())), 0);
-  std::locale::global(before);
   Files files;
   for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
     files[entry.path().filename()] = folder.Read(entry.path().filename().native());
@@ -34,7 +40,7 @@ Files Saved(const TAPObject& root) {
   return files;
 }
 
-TEST(Save, WritesEachKindOfRecordToItsFile) {
+TEST_F(Save, WritesEachKindOfRecordToItsFile) {
   TAPName name("x");
   TAPPath path(&name), longer(&path, &name);
   TAPObject root;  // ends before what it holds
@@ -59,22 +65,24 @@ TEST(Save, WritesEachKindOfRecordToItsFile) {
                     "0:e:AttrPath:5\n0:f:AttrInteger:6\n0:g:AttrPath:7\n0:h:AttrObject:8\n"}}));
 }
 
-TEST(Save, NumbersTreesDepthFirstAndWritesTheInsideFirst) {
+TEST_F(Save, NumbersTreesDepthFirstAndWritesTheInsideFirst) {
   TAPObject child, root;
   child.SetAttribute("n", 7);
   root.SetAttribute("a", &child);
   root.AppendToAttribute("b", &child);  // reached twice, written twice
-  root.AppendToAttribute("b", "s");
+  VorListValTAPAttr inner;
+  inner.Append("s");
+  root.AppendToAttribute("b", inner);
   EXPECT_EQ(Saved(root), (Files{{"AttrInteger.txt", "3:7\n7:7\n"},
-                                {"AttrList.txt", "4:1:5\n4:2:8\n"},
+                                {"AttrList.txt", "4:1:5\n4:2:8\n8:1:9\n"},
                                 {"AttrObject.txt", "1:2\n5:6\n"},
-                                {"AttrString.txt", "8:s\n"},
+                                {"AttrString.txt", "9:s\n"},
                                 {"Objects.txt",
                                  "2:n:AttrInteger:3\n0:a:AttrObject:1\n"
                                  "6:n:AttrInteger:7\n0:b:AttrList:4\n"}}));
 }
 
-TEST(Save, ReplacesWhatIsThereAndLosesWhatCannotBeOpened) {
+TEST_F(Save, ReplacesWhatIsThereAndLosesWhatCannotBeOpened) {
   const TempDir folder;
   std::filesystem::create_directory(folder / "Objects.txt");  // no file can be there
   TAPObject root;
@@ -87,13 +95,15 @@ TEST(Save, ReplacesWhatIsThereAndLosesWhatCannotBeOpened) {
   EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
 }
 
-TEST(SaveContext, OpensEachStreamOnceFlushedAndPrivate) {
+TEST_F(Save, OpensEachStreamOnceFlushedAndPrivate) {
   const TempDir folder;
   TAPObjectSaveContext context(TAFileName(folder.Path().c_str()));
   for (int uid : {0, 1, 2}) EXPECT_EQ(context.GetNewUID(), uid);
   TAPAttr("a").SaveToFile(7, context);
   EXPECT_EQ(folder.Read("AttrString.txt"), "7:a\n");  // before the context ends
   EXPECT_EQ(context.GetStream("./AttrString"), context.GetStream("AttrString"));
+  *context.GetStream("AttrInteger") << 1234 << std::flush;
+  EXPECT_EQ(folder.Read("AttrInteger.txt"), "1234");
   int found = 0;
   for (int fd = 0; fd < 1024; ++fd) {
     std::error_code error;

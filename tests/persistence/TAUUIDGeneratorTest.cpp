@@ -4,6 +4,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <array>
 #include <bitset>
 #include <fstream>
 #include <future>
@@ -70,6 +71,13 @@ TEST(TAUUIDGenerator, DrawsDistinctTextsInThreadsAndForks) {
   }
   EXPECT_EQ(all.size(), 1u + 7 * kCount);
   EXPECT_EQ(std::set<std::string>(all.begin(), all.end()).size(), all.size());
+}
+
+TEST(TAUUIDGenerator, EndsTheTextOfARecordAndCopiesNothingForNoBytes) {
+  char text[] = "longer than twenty characters";
+  TAUUIDGenerator::Convert(std::array<unsigned char, 15>{}.data(), text);
+  TAUUIDGenerator::Copy(text, "x", -1);
+  EXPECT_STREQ(text, "++++++++++++++++++++");
 }
 
 TEST(TAUUIDGenerator, FoldsTheMachineIdentifier) {
