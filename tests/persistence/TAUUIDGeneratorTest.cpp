@@ -81,7 +81,7 @@ TEST(TAUUIDGenerator, EndsTheTextOfARecordAndCopiesNothingForNoBytes) {
 }
 
 TEST(TAUUIDGenerator, FoldsTheMachineIdentifier) {
-  EXPECT_EQ(vor::FoldMachineId("000000010000002000000300F0004000\n"), 0xf0004321u);
+  EXPECT_EQ(vor::FoldMachineId("000000010000000100000003F0004000\n"), 0xf0004003u);
   for (const char* text : {"", "uninitialized\n", "0123456789abcdef0123456789abcde\n",
                            "-1234567000000000000000000000000"}) {
     EXPECT_FALSE(vor::FoldMachineId(text)) << text;
