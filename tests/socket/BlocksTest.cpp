@@ -4,14 +4,11 @@
 
 #include <functional>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
-#include "base/VorListValVorString.h"
 #include "perfo/TAPerfo.h"
-#include "socket/RawPeer.h"
-#include "socket/SocketBytes.h"
-#include "socket/TASocket.h"
+#include "socket/Peers.h"
 
 namespace {
 
@@ -23,368 +20,239 @@ struct Compression {
   ~Compression() { unsetenv("TASocketCompress"); }
 };
 
-VorListValVorString List(const std::vector<const char*>& elements) {
+VorListValVorString ListOf(const std::vector<const char*>& elements) {
   VorListValVorString list;
   for (const char* element : elements) list.Append(element);
   return list;
 }
 
-std::string Joined(const VorListValVorString& list) {
-  std::string all;
-  for (int i = 1; i <= list.Size(); ++i) all += std::string(list[i].View()) + "|";
-  return all;
-}
-
-std::string TotalOf(TAPerfo& counter) {
-  VorString line;
-  counter.Report(line);
-  return std::string(line.SubString(0, static_cast<unsigned>(line.FindPosition(" in "))).View());
-}
-
-// What a socket sends for some calls.
-std::string BytesOf(const std::function<void(TASocket&)>& write) {
-  TASocket ours;
-  const RawPeer peer(ours);
-  write(ours);
-  EXPECT_EQ(ours.Close(), 0);
-  return peer.ReceiveAll();
-}
-
-// How each kind of read ends on some bytes, after which the peer has closed.
+// How a read ends on some bytes, after which the peer has closed.
 struct Outcome {
   int result;
   std::string value;
   std::string message;
 };
 
-using Reader = std::function<Outcome(TASocket&)>;
-
-Outcome ReadText(TASocket& socket) {
-  VorString text("before");
-  const int result = socket.GetBlock(text, 0);
-  return {result, std::string(text.View()), socket.GetErrMsg()};
-}
-Outcome ReadList(TASocket& socket) {
-  VorListValVorString list = List({"before"});
-  const int result = socket.GetBlock(list, 0);
-  return {result, Joined(list), socket.GetErrMsg()};
-}
-Outcome ReadBinary(TASocket& socket) {
-  int size = -1;
-  void* data = nullptr;
-  const int result = socket.GetBinBlock(&size, &data, 0);
-  const std::string value(static_cast<char*>(data), data ? static_cast<std::size_t>(size) : 0);
-  free(data);
-  return {result, value, socket.GetErrMsg()};
-}
-Outcome ReadString(TASocket& socket) {
-  VorString text;
-  const int result = socket.Read(text, 0);
-  return {result, std::string(text.View()), socket.GetErrMsg()};
-}
-Outcome ReadInteger(TASocket& socket) {
-  int value = 0;
-  const int result = socket.Read(value, 0);
-  return {result, std::to_string(value), socket.GetErrMsg()};
-}
-
-Outcome Receive(const Reader& read, const std::string& bytes, int limit = 0) {
-  TASocket ours;
-  ours.SetReadLimits(0, limit);
+Outcome Receive(Reading read, const std::string& bytes, std::size_t limit = 0) {
+  Ours ours;
+  ours.SetReadLimits(0, static_cast<int>(limit));
   const RawPeer peer(ours, bytes);
-  return read(ours);
+  const int result = (ours.*read)();
+  return {result, ours.Value(), ours.Message()};
 }
 
-const char* const kNoHeader = "Unable to get block size ";
-const char* const kNoSize = "Unable to get block size";
-const char* const kNotFull = "Unable to get full block";
-
-// a b a, as the second block of a connection sends it, and all of a first one.
-const std::string kAgain = Integer(-1) + Integer(3) + Integer(0) + Integer(1) + Integer(0);
-const std::string kDefined = Integer(0) + Word("a") + Integer(1) + Word("b") + kAgain;
+// The words of "a  b a", as the second block of a connection has them, and as the first one.
+const std::string kAgain =
+    Integer(-1) + Integer(4) + Integer(0) + Integer(1) + Integer(2) + Integer(0);
+const std::string kDefined =
+    Integer(0) + Word("a") + Integer(1) + Word("") + Integer(2) + Word("b") + kAgain;
 
 }  // namespace
 
-TEST(BlockHeader, IsPrintableAndComesBack) {
-  const struct {
-    int size;
-    const char* bytes;
-  } rows[] = {{0, "    "}, {63, "_   "},   {64, " !  "},
-              {3, "#   "}, {8187, "[_! "}, {16777215, "____"}};
-  for (const auto& row : rows) {
+TEST(Blocks, BeginWithAPrintableSize) {
+  const std::pair<int, const char*> rows[] = {
+      {0, "    "},      {63, "_   "},        {64, " !  "},
+      {8187, "[_! "},   {16777215, "____"},  {-1, "\x9f```"},
+      {-64, "`\x9f``"}, {-16777215, "aaaa"}, {INT32_MIN, "````"}};
+  for (const auto& [size, bytes] : rows) {
+    EXPECT_EQ(Header(size), bytes);
     unsigned char header[4];
-    SetSize(header, row.size);
-    EXPECT_EQ(memcmp(header, row.bytes, 4), 0) << row.size;
-    EXPECT_EQ(GetSize(header), row.size);
+    memcpy(header, bytes, sizeof header);
+    EXPECT_TRUE(size < 0 ? GetSize(header) < 0 : GetSize(header) == size) << size;
   }
-}
-
-TEST(BlockHeader, OfANegativeSizeIsNegative) {
-  for (const int size : {-1, -63, -64, -65, -5000, -16777215, INT32_MIN}) {
-    unsigned char header[4];
-    SetSize(header, size);
-    for (const int byte : header) EXPECT_TRUE(byte >= 96 && byte < 160) << size;
-    EXPECT_LT(GetSize(header), 0) << size;
-  }
-  unsigned char one[4];
-  SetSize(one, -1);
-  EXPECT_EQ(std::string(one, one + 4), "\x9f```");
 }
 
 TEST(Blocks, HaveTheirBytes) {
-  EXPECT_EQ(BytesOf([](TASocket& s) {
-              EXPECT_EQ(s.PutBlock(""), 0);
-              EXPECT_EQ(s.PutBlock("abc"), 0);
-              EXPECT_EQ(s.PutBlock(List({"a b", "c"})), 0);
-              EXPECT_EQ(s.PutBlock(VorListValVorString()), 0);
-              EXPECT_EQ(s.PutBinBlock(3, "x\0y"), 0);
-              EXPECT_EQ(s.Write(-2), 0);
-              EXPECT_EQ(s.Write(0x01020304), 0);
-              EXPECT_EQ(s.Write(VorString("word")), 0);
-            }),
+  Ours ours;
+  const std::string bytes = BytesOf(ours, [&] {
+    ours.PutBlock("");
+    ours.PutBlock("abc");
+    ours.PutBlock(ListOf({"a b", "c"}));
+    ours.PutBlock(VorListValVorString());
+    ours.PutBinBlock(3, "x\0y");
+    ours.Write(-2);
+    ours.Write(0x01020304);
+    ours.Write(VorString("word"));
+  });
+  EXPECT_EQ(bytes,
             "    #   abc%   a b c    #   x\0y\xfe\xff\xff\xff\x04\x03\x02\x01\x04\0\0\0word"s);
 }
 
-TEST(Blocks, CompressedHaveTheirBytes) {
-  const Compression on;
-  const std::string bytes = BytesOf([](TASocket& s) {
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(s.PutBlock("a b a"), 0);
-    EXPECT_EQ(s.PutBlock(""), 0);
-    EXPECT_EQ(s.PutBlock("a  b"), 0);
-    EXPECT_EQ(s.PutBlock(List({"a b", ""})), 0);
-  });
-  unsigned char mark[4];
-  SetSize(mark, -5);
-  const std::string five(mark, mark + 4);
-  SetSize(mark, -4);
-  const std::string four(mark, mark + 4);
-  const std::string blocks = five + kDefined + five + kAgain + "    " + four + Integer(2) +
-                             Word("") + Integer(-1) + Integer(3) + Integer(0) + Integer(2) +
-                             Integer(1);
-  EXPECT_EQ(bytes.substr(0, blocks.size()), blocks);
-  EXPECT_EQ(bytes.substr(blocks.size() + 4),
-            Integer(3) + Word("a b") + Integer(-1) + Integer(2) + Integer(3) + Integer(2));
-}
-
-TEST(Blocks, ArriveInBothModes) {
-  for (const bool compressed : {false, true}) {
-    TASocket server, left, right;
-    ASSERT_EQ(server.OpenServer(0), 0);
-    ASSERT_EQ(left.OpenClient("localhost", server.GetPort()), 0);
-    ASSERT_EQ(server.GetQuery(right), 0);
-    if (compressed) setenv("TASocketCompress", "", 1);
-    left.PutBlock("a  b a");
-    left.PutBlock(List({"x y", "", "z"}));
-    left.Flush();
-    unsetenv("TASocketCompress");
-    EXPECT_EQ(ReadText(right).value, "a  b a");
-    EXPECT_EQ(ReadList(right).value, compressed ? "x y||z|" : "x|y|z|");
-    right.PutBlock(List({"an answer", "a"}));  // in the form in which it was asked
-    right.Flush();
-    EXPECT_EQ(ReadList(left).value, compressed ? "an answer|a|" : "an|answer|a|");
-  }
-}
-
-TEST(Blocks, DictionariesBeginAnewOnTheNextConnection) {
-  const Compression on;
-  TASocket ours;
+TEST(Blocks, CompressedHaveTheirBytesOnEachConnection) {
+  Ours ours;
   for (int i = 0; i < 2; ++i) {
+    const Compression on;
+    const std::string bytes = BytesOf(ours, [&] {
+      EXPECT_EQ(ours.PutBlock("a  b a"), 0);
+      EXPECT_EQ(ours.PutBlock("a  b a"), 0);
+      EXPECT_EQ(ours.PutBlock(""), 0);
+      EXPECT_EQ(ours.PutBlock(ListOf({"a b", ""})), 0);
+      EXPECT_EQ(ours.PutBlock(VorListValVorString()), 0);
+    });
+    EXPECT_EQ(bytes, Header(-6) + kDefined + Header(-6) + kAgain + Header(0) + Header(-2) +
+                         Integer(3) + Word("a b") + Integer(-1) + Integer(2) + Integer(3) +
+                         Integer(1) + Header(-1) + Integer(-1) + Integer(0));
+  }
+  {
     const RawPeer peer(ours);
-    ours.PutBlock("a b a");
+    peer.Send(kMark + kDefined + "!   " + kAgain);  // a positive size is no different any more
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(ours.Text(), 0);
+      EXPECT_EQ(ours.Value(), "a  b a");
+    }
+    ours.PutBlock("b");  // in the form in which it was asked
     ours.Close();
-    EXPECT_EQ(peer.ReceiveAll().substr(4), kDefined);
+    EXPECT_EQ(peer.ReceiveAll(),
+              kMark + Integer(0) + Word("b") + Integer(-1) + Integer(1) + Integer(0));
   }
   {
-    const RawPeer peer(ours, "\x9f```"s + kDefined);
-    EXPECT_EQ(ReadText(ours).value, "a b a");
+    const RawPeer peer(ours, kMark + kAgain);
+    EXPECT_EQ(ours.Text(), 1);
+    EXPECT_EQ(ours.Message(), kNotFull);
   }
-  {
-    const RawPeer peer(ours, "\x9f```"s + kAgain);
-    EXPECT_EQ(ReadText(ours).message, kNotFull);
-  }
+  EXPECT_EQ(BytesOf(ours, [&] { ours.PutBlock("x"); }), "!   x");
 }
 
 TEST(Blocks, MustFitTheBuffer) {
-  TASocket ours;
-  const RawPeer peer(ours);
-  EXPECT_EQ(ours.PutBlock(VorString(std::string(8187, 'x'))), 0);
-  EXPECT_EQ(ours.PutBlock(VorString(std::string(8188, 'x'))), 1);
-  EXPECT_STREQ(ours.GetErrMsg(), "Unable to put block in buffer (block size is 8188)");
-  std::vector<char> huge(16777216);
-  EXPECT_EQ(ours.PutBinBlock(16777216, huge.data()), 1);
-  EXPECT_STREQ(ours.GetErrMsg(), "Unable to put block in buffer (block size is 16777216)");
-  EXPECT_EQ(ours.PutBinBlock(-1, huge.data()), 1);
-  {
+  const std::string refused = "Unable to put block in buffer (block size is ";
+  const std::vector<char> huge(16777216);
+  Ours ours;
+  const std::string bytes = BytesOf(ours, [&] {
+    EXPECT_EQ(ours.PutBlock(VorString(std::string(8187, 'x'))), 0);
+    EXPECT_EQ(ours.PutBlock(VorString(std::string(8188, 'x'))), 1);
+    EXPECT_EQ(ours.Message(), refused + "8188)");
+    EXPECT_EQ(ours.PutBinBlock(16777216, huge.data()), 1);
+    EXPECT_EQ(ours.Message(), refused + "16777216)");
+    EXPECT_EQ(ours.PutBinBlock(-1, huge.data()), 1);
+    EXPECT_EQ(ours.PutBinBlock(16777215, huge.data()), 0);
     const Compression on;
-    ours.SetStallLimit(1);  // nobody takes what should not be sent
     const std::string half(8388608, 'x');
-    EXPECT_EQ(ours.PutBlock(List({half.c_str(), half.c_str()})), 1);
-    EXPECT_STREQ(ours.GetErrMsg(), "Unable to put block in buffer (block size is 16777217)");
-  }
-  ours.Close();
-  EXPECT_EQ(peer.ReceiveAll().size(), 8191u);
-
-  TASocket smallest(-1);
-  const RawPeer other(smallest);
-  EXPECT_EQ(smallest.PutBlock(""), 0);
-  EXPECT_EQ(smallest.PutBlock("x"), 1);
-  EXPECT_EQ(smallest.Write(VorString("longer than the buffer")), 0);
-  EXPECT_EQ(smallest.PutBinBlock(9, "123456789"), 0);
-  smallest.Close();
-  EXPECT_EQ(other.ReceiveAll(), "    " + Word("longer than the buffer") + ")   123456789");
-}
-
-TEST(Blocks, LargeBinaryBlocksArrive) {
-  std::string data(16777215, '\0');
-  for (std::size_t i = 0; i < data.size(); i += 7) data[i] = static_cast<char>(i / 7);
-  TASocket server, left, right;
-  server.OpenServer(0);
-  left.OpenClient("127.0.0.1", server.GetPort());
-  server.GetQuery(right);
-  std::thread sender([&] {
-    left.Write(1);
-    EXPECT_EQ(left.PutBinBlock(static_cast<int>(data.size()), data.data()), 0);
-    EXPECT_EQ(left.PutBinBlock(0, nullptr), 0);
-    left.Close();
+    EXPECT_EQ(ours.PutBlock(ListOf({half.c_str(), half.c_str()})), 1);
+    EXPECT_EQ(ours.Message(), refused + "16777217)");
   });
-  EXPECT_EQ(ReadInteger(right).value, "1");
-  EXPECT_TRUE(ReadBinary(right).value == data);
-  EXPECT_EQ(ReadBinary(right).result, 0);
-  sender.join();
+  EXPECT_EQ(bytes.size(), 8191u + 16777219u);
+
+  Ours least(-1);
+  const std::string small = BytesOf(least, [&] {
+    EXPECT_EQ(least.PutBlock("") + least.Write(VorString("longer than the buffer")), 0);
+    EXPECT_EQ(least.PutBlock("x"), 1);
+    EXPECT_EQ(least.PutBinBlock(9, "123456789"), 0);
+  });
+  EXPECT_EQ(small, "    " + Word("longer than the buffer") + ")   123456789");
 }
 
 TEST(Blocks, AreCounted) {
-  TAPerfo reading("read"), writing("written");
-  TASocket ours;
+  struct Counter : TAPerfo {
+    using TAPerfo::Total;
+  } reading, writing;
+  Ours ours;
   ours.SetPerfo(&reading, &writing);
-  const RawPeer peer(ours, "    #   abc\x01\0\0\0%   vwxyz"s);
-  ours.PutBlock("12345");
-  EXPECT_EQ(TotalOf(writing), "written 5");
-  ours.Write(1);
-  EXPECT_EQ(TotalOf(writing), "written 9");
-  ours.Write(VorString("abc"));  // its length counts twice
-  EXPECT_EQ(TotalOf(writing), "written 20");
-  ours.PutBinBlock(100, std::string(100, 'x').data());
-  EXPECT_EQ(TotalOf(writing), "written 120");
-  ReadText(ours);
-  EXPECT_EQ(TotalOf(reading), "read 0");
-  ReadText(ours);
-  ReadInteger(ours);
-  EXPECT_EQ(TotalOf(reading), "read 3");
-  ReadBinary(ours);
-  EXPECT_EQ(TotalOf(reading), "read 3");  // text blocks only
+  const RawPeer peer(ours, "    #   abc%   vwxyz");
+  const struct {
+    std::function<int()> call;
+    int read;
+    int written;
+  } rows[] = {
+      {[&] { return ours.PutBlock("12345"); }, 0, 5},
+      {[&] { return ours.Write(1); }, 0, 9},
+      {[&] { return ours.Write(VorString("abc")); }, 0, 20},  // its length counts twice
+      {[&] { return ours.PutBinBlock(100, std::string(100, 'x').data()); }, 0, 120},
+      {[&] { return ours.Text(); }, 0, 120},
+      {[&] { return ours.Text(); }, 3, 120},
+      {[&] { return ours.Binary(); }, 3, 120},  // text blocks only
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.call(), 0);
+    EXPECT_EQ(reading.Total(), row.read);
+    EXPECT_EQ(writing.Total(), row.written);
+  }
 }
 
 TEST(Blocks, CutShortAtAnyByteEndInTheirError) {
   const struct {
-    Reader read;
+    Reading read;
     std::string bytes;
-    std::size_t header;  // bytes of it
     const char* noHeader;
     const char* noRest;
-    const char* value;  // of the whole
+    std::string value;  // of the whole
   } rows[] = {
-      {ReadText, "#   abc", 4, kNoHeader, kNotFull, "abc"},
-      {ReadList, "#   a b", 4, kNoHeader, kNotFull, "a|b|"},
-      {ReadText, "\x9f```"s + kDefined, 4, kNoHeader, kNoSize, "a b a"},
-      {ReadList, "\x9f```"s + kDefined, 4, kNoHeader, kNoSize, "a|b|a|"},
-      {ReadBinary, "#   abc", 4, kNoSize, kNotFull, "abc"},
-      {ReadString, Word("abc"), 4, kNoSize, kNoSize, "abc"},
-      {ReadInteger, Integer(-7), 4, kNoSize, kNoSize, "-7"},
+      {&Ours::Text, "#   abc", kNoHeader, kNotFull, "abc"},
+      {&Ours::List, "&   a b  c", kNoHeader, kNotFull, "a|b|c|"},
+      {&Ours::Text, kMark + kDefined, kNoHeader, kNoSize, "a  b a"},
+      {&Ours::List, kMark + kDefined, kNoHeader, kNoSize, "a||b|a|"},
+      {&Ours::Binary, "#   a\0c"s, kNoSize, kNotFull, "a\0c"s},
+      {&Ours::Binary, Header(0), kNoSize, "", ""},
+      {&Ours::String, Word("abc"), kNoSize, kNoSize, "abc"},
+      {&Ours::Number, Integer(-7), kNoSize, kNoSize, "-7"},
+      {&Ours::Text, kMark + Integer(-1) + Integer(-3), kNoHeader, kNoSize, ""},
+      // The first word under an identifier stays, and any number will do.
+      {&Ours::Text,
+       kMark + Integer(-7) + Word("1st") + Integer(-7) + Word("2nd") + Integer(-1) + Integer(1) +
+           Integer(-7),
+       kNoHeader, kNoSize, "1st"},
+      // A NUL ends its piece.
+      {&Ours::Text, "%   ab\0cd"s, kNoHeader, kNotFull, "ab"},
+      {&Ours::String, Word("ab\0cd"s), kNoSize, kNoSize, "ab"},
   };
   for (const auto& row : rows) {
     for (std::size_t size = 0; size < row.bytes.size(); ++size) {
       const Outcome cut = Receive(row.read, row.bytes.substr(0, size));
       EXPECT_EQ(cut.result, 1) << row.bytes << size;
-      EXPECT_EQ(cut.message, size < row.header ? row.noHeader : row.noRest) << row.bytes << size;
-      // A bound is as good as an end.
-      if (size > 0) {
-        EXPECT_EQ(Receive(row.read, row.bytes, static_cast<int>(size)).message, cut.message);
-      }
+      EXPECT_EQ(cut.value, "") << row.bytes << size;
+      EXPECT_EQ(cut.message, size < 4 ? row.noHeader : row.noRest) << row.bytes << size;
+      if (size == 0) continue;  // no bound; others are as good as an end
+      EXPECT_EQ(Receive(row.read, row.bytes, size).message, cut.message);
     }
-    EXPECT_EQ(Receive(row.read, row.bytes, static_cast<int>(row.bytes.size())).value, row.value);
+    const Outcome whole = Receive(row.read, row.bytes, row.bytes.size());
+    EXPECT_EQ(whole.result, 0) << row.bytes;
+    EXPECT_EQ(whole.value, row.value);
   }
+  const std::string pieces = Header(10241) + 'a' + std::string(10239, '\0') + 'b';
+  EXPECT_EQ(Receive(&Ours::Text, pieces).value, "ab");
+  char buffer[8] = {};
+  EXPECT_EQ(socketsaferead(-1, buffer, 0) + socketsaferead(-1, buffer, 4), 0);
 }
 
 TEST(Blocks, HostileBytesAreRefused) {
-  const std::string mark = "\x9f```";
+  // A few bytes that name long words again and again, for a text above all sizes.
+  std::string blown =
+      kMark + Integer(0) + Word(std::string(1 << 15, 'x')) + Integer(-1) + Integer(512);
+  for (int i = 0; i < 512; ++i) blown += Integer(0);
   const struct {
     const char* what;
-    Reader read;
+    Reading read;
     std::string bytes;
     const char* message;
   } rows[] = {
-      {"length below zero", ReadString, Integer(-1) + "abc", kNoSize},
-      {"length without bytes", ReadString, Integer(INT32_MAX) + "abc", kNoSize},
-      {"size without bytes", ReadText, "____abc", kNotFull},
-      {"size without bytes", ReadBinary, "____abc", kNotFull},
-      {"compressed mark", ReadBinary, mark + "abc", "Unable to alloc memory for GetBinBlock"},
-      {"word never defined", ReadText, mark + Integer(-1) + Integer(1) + Integer(0), kNotFull},
-      {"word never defined", ReadList, mark + Integer(-1) + Integer(1) + Integer(-5), kNotFull},
-      {"impossible count", ReadText, mark + Integer(-1) + Integer(INT32_MAX), kNotFull},
-      {"above all sizes", ReadText, std::string(400, '\xbf'), kNotFull},
-      {"above all sizes", ReadBinary, std::string(400, '\xa0'), kNotFull},
-      {"one, from a digit below 0", ReadText, "\x1f   x", kNotFull},
-      {"one, from a digit below 0", ReadList, "\x1f   x", kNotFull},
-      {"one, from a digit below 0", ReadBinary, "\x1f   x", kNotFull},
-      {"zero, from opposite digits", ReadText, "\x60\x1f  ", kNotFull},
+      {"length below zero", &Ours::String, Integer(-1) + "abc", kNoSize},
+      {"length without bytes", &Ours::String, Integer(INT32_MAX) + "abc", kNoSize},
+      {"size without bytes", &Ours::Text, "____abc", kNotFull},
+      {"size without bytes", &Ours::Binary, "____abc", kNotFull},
+      {"compressed", &Ours::Binary, kMark + "abc", "Unable to alloc memory for GetBinBlock"},
+      {"unknown word", &Ours::Text, kMark + Integer(-1) + Integer(1) + Integer(0), kNotFull},
+      {"unknown word", &Ours::List, kMark + Integer(-1) + Integer(1) + Integer(-5), kNotFull},
+      {"impossible count", &Ours::Text, kMark + Integer(-1) + Integer(INT32_MAX), kNotFull},
+      {"above all sizes", &Ours::Text, std::string(400, '\xbf'), kNotFull},
+      {"above all sizes", &Ours::Binary, std::string(400, '\xa0'), kNotFull},
+      {"one, from a digit below 0", &Ours::Text, "\x1f   x", kNotFull},
+      {"one, from a digit below 0", &Ours::List, "\x1f   x", kNotFull},
+      {"one, from a digit below 0", &Ours::Binary, "\x1f   x", kNotFull},
+      {"zero, from opposite digits", &Ours::Text, "\x60\x1f  ", kNotFull},
+      {"blown text", &Ours::Text, blown, kNotFull},
+      {"blown list", &Ours::List, blown, kNotFull},
   };
   for (const auto& row : rows) {
     const Outcome outcome = Receive(row.read, row.bytes);
     EXPECT_EQ(outcome.result, 1) << row.what;
     EXPECT_EQ(outcome.message, row.message) << row.what;
   }
-  // A word of a megabyte, named a hundred times.
-  std::string blown =
-      mark + Integer(0) + Word(std::string(1 << 20, 'x')) + Integer(-1) + Integer(100);
-  for (int i = 0; i < 100; ++i) blown += Integer(0);
-  for (const Reader& read : {Reader(ReadText), Reader(ReadList)}) {
-    TASocket ours;
+  // Definitions, used or not, are no more than a block, and what is more is not waited for.
+  for (const std::string& words : {Integer(16777216), Word("x") + Integer(1) + Integer(16777214)}) {
+    Ours ours;
+    ours.SetReadLimits(1, 0);
     const RawPeer peer(ours);
-    std::thread sender([&] { peer.Send(blown); });
-    EXPECT_EQ(read(ours).message, kNotFull);
-    sender.join();
+    peer.Send(kMark + Integer(0) + words);
+    EXPECT_EQ(ours.Text(), 1);
+    EXPECT_EQ(ours.Message(), kNoSize);
   }
-  // Definitions, used or not, are no more than a block.
-  const std::string half = Word(std::string(8388608, 'x'));
-  const std::string none = Integer(-1) + Integer(0);
-  for (const std::string& words : {Word(std::string(16777216, 'x')), half + Integer(1) + half}) {
-    TASocket ours;
-    const RawPeer peer(ours);
-    std::thread sender([&] { peer.Send(mark + Integer(0) + words + none); });
-    EXPECT_EQ(ReadText(ours).message, kNoSize);
-    ours.Close();
-    sender.join();
-  }
-}
-
-TEST(Blocks, OddCompressedBlocksAreTaken) {
-  const std::string mark = "\x9f```";
-  const std::string none = mark + Integer(-1) + Integer(-3);
-  EXPECT_EQ(Receive(ReadText, none).result, 0);
-  // The first word under an identifier stays, and any number will do.
-  const std::string twice = mark + Integer(-7) + Word("first") + Integer(-7) + Word("second") +
-                            Integer(-1) + Integer(1) + Integer(-7);
-  EXPECT_EQ(Receive(ReadText, twice).value, "first");
-  // Once compressed, a positive size is no different.
-  TASocket ours;
-  const RawPeer peer(ours, mark + kDefined + "!   " + kAgain);
-  EXPECT_EQ(ReadText(ours).value + ReadText(ours).value, "a b aa b a");
-}
-
-TEST(Blocks, NulBytesEndTheirPiece) {
-  EXPECT_EQ(Receive(ReadText, "%   ab\0cd"s).value, "ab");
-  EXPECT_EQ(Receive(ReadString, Word("ab\0cd"s)).value, "ab");
-  unsigned char header[4];
-  SetSize(header, 10241);
-  EXPECT_EQ(
-      Receive(ReadText, std::string(header, header + 4) + 'a' + std::string(10239, '\0') + 'b')
-          .value,
-      "ab");
-}
-
-TEST(Blocks, SafeReadStopsAtTheEnd) {
-  char buffer[8] = {};
-  EXPECT_EQ(socketsaferead(-1, buffer, 0), 0);
-  EXPECT_EQ(socketsaferead(-1, buffer, 4), 0);
 }

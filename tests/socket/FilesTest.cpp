@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <thread>
 
-#include "socket/RawPeer.h"
-#include "socket/SocketBytes.h"
-#include "socket/TASocket.h"
+#include "socket/Peers.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -16,10 +15,10 @@ class Files : public testing::Test {
 
   // The result of a file that arrives as these bytes.
   int Receive(const std::string& bytes, bool isText = false) {
-    TASocket ours;
+    Ours ours;
     const RawPeer peer(ours, bytes);
     const int result = isText ? ours.GetFileASCII(Path("in"), 0) : ours.GetFile(Path("in"), 0);
-    message = ours.GetErrMsg();
+    message = ours.Message();
     return result;
   }
 
@@ -33,87 +32,66 @@ std::string Sized(std::size_t size) {
   return content;
 }
 
-std::string Header(std::size_t size) {
-  unsigned char header[4];
-  SetSize(header, static_cast<int>(size));
-  return {header, header + 4};
-}
-
 // A stream of blocks that each have the room of the buffer, the first what \a first leaves of it.
 std::string StreamOf(const std::string& content, std::size_t first) {
   std::string stream;
   std::size_t room = first;
   for (std::size_t at = 0; at < content.size(); room = 8188) {
     const std::string block = content.substr(at, room);
-    stream += Header(block.size()) + block;
+    stream += Header(static_cast<int>(block.size())) + block;
     at += block.size();
   }
   const std::string count = std::to_string(content.size());
-  return stream + Header(0) + Header(count.size()) + count;
+  return stream + Header(0) + Header(static_cast<int>(count.size())) + count;
 }
 
 }  // namespace
 
 TEST_F(Files, TravelAsBlocksOfTheBufferSize) {
+  Ours ours;
   for (const std::size_t size : {0u, 1u, 8187u, 8188u, 8189u, 16376u, 20000u, 300000u}) {
     const std::string content = Sized(size);
     dir.Write("out", content);
-    TASocket ours;
-    const RawPeer peer(ours);
-    int result = -1;
-    std::thread sender([&] {
+    const std::string bytes = BytesOf(ours, [&] {
       ours.PutBlock("before");  // which takes its room of the first block
-      result = ours.PutFile(Path("out"));
-      ours.Close();
+      EXPECT_EQ(ours.PutFile(Path("out")), 0);
     });
-    EXPECT_EQ(peer.ReceiveAll(), "&   before" + StreamOf(content, 8178)) << size;
-    sender.join();
-    EXPECT_EQ(result, 0);
-  }
-}
-
-TEST_F(Files, ArriveWholeInBothModes) {
-  const std::string content = Sized(1000003);
-  dir.Write("out", content);
-  for (const bool compressed : {false, true}) {
-    if (compressed) setenv("TASocketCompress", "", 1);
-    TASocket server, left, right;
-    server.OpenServer(0);
-    left.OpenClient("localhost", server.GetPort());
-    server.GetQuery(right);
-    std::thread sender([&] {
-      for (int i = 0; i < 2; ++i) EXPECT_EQ(left.PutFile(Path("out")), 0);
-      left.Flush();
-    });
-    for (int i = 0; i < 2; ++i) {
-      EXPECT_EQ(right.GetFile(Path("in"), 10), 0) << right.GetErrMsg();
-      EXPECT_TRUE(dir.Read("in") == content);
-    }
-    sender.join();
-    unsetenv("TASocketCompress");
+    EXPECT_EQ(bytes, "&   before" + StreamOf(content, 8178)) << size;
   }
 }
 
 TEST_F(Files, TravelAsBlocksThatAHeaderCanTell) {
-  const std::string content = std::string(16777215, 'x') + "not lost";
-  dir.Write("out", content);
-  TASocket server, left(1 << 25), right(1 << 25);
-  server.OpenServer(0);
-  left.OpenClient("localhost", server.GetPort());
-  server.GetQuery(right);
-  std::thread sender([&] {
-    EXPECT_EQ(left.PutFile(Path("out")), 0);
-    left.Close();
-  });
-  EXPECT_EQ(right.GetFile(Path("in"), 10), 0) << right.GetErrMsg();
-  EXPECT_TRUE(dir.Read("in") == content);
-  right.Close();  // or the sender waits for ever after a failure
-  sender.join();
+  constexpr std::size_t kLargest = 16777215;
+  std::filesystem::resize_file(dir.Write("out", ""), kLargest + 8);
+  Ours ours(1 << 25);
+  const std::string bytes = BytesOf(ours, [&] { EXPECT_EQ(ours.PutFile(Path("out")), 0); });
+  EXPECT_TRUE(bytes == StreamOf(std::string(kLargest + 8, '\0'), kLargest));
 }
 
-TEST_F(Files, AsTextLoseTheirCarriageReturns) {
-  EXPECT_EQ(Receive(StreamOf("a\r\n\rb\r\n", 3), true), 0);
-  EXPECT_EQ(dir.Read("in"), "a\nb\n");
+TEST_F(Files, ArriveWholeAfterABlockInBothModes) {
+  const std::string content = Sized(1000003);
+  dir.Write("out", content);
+  for (const bool compressed : {false, true}) {
+    if (compressed) setenv("TASocketCompress", "", 1);
+    Ours server, left, right;
+    server.OpenServer(0);
+    left.OpenClient("localhost", server.GetPort());
+    server.GetQuery(right);
+    std::thread sender([&] {
+      EXPECT_EQ(left.PutBinBlock(1000003, content.data()), 0);
+      for (int i = 0; i < 2; ++i) EXPECT_EQ(left.PutFile(Path("out")), 0);
+      left.Close();
+    });
+    EXPECT_EQ(right.Binary(), 0);
+    EXPECT_TRUE(right.Value() == content);
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(right.GetFile(Path("in"), 10), 0) << right.Message();
+      EXPECT_TRUE(dir.Read("in") == content);
+    }
+    right.Close();  // or the sender waits for ever after a failure
+    sender.join();
+    unsetenv("TASocketCompress");
+  }
 }
 
 TEST_F(Files, CutShortAtAnyByteKeepWhatArrived) {
@@ -122,35 +100,34 @@ TEST_F(Files, CutShortAtAnyByteKeepWhatArrived) {
     EXPECT_EQ(Receive(stream.substr(0, size)), 1) << size;
     EXPECT_EQ(dir.Read("in"), size < 8 ? "" : size < 14 ? "abcd" : "abcdef") << size;
     const bool isInBlock = (size >= 4 && size < 8) || (size >= 12 && size < 14) || size >= 22;
-    EXPECT_EQ(message.substr(0, 24),
-              isInBlock ? "Unable to get full block" : "Unable to get block size")
-        << size;
+    EXPECT_EQ(message, isInBlock ? kNotFull : size < 18 ? kNoSize : kNoHeader) << size;
   }
   EXPECT_EQ(Receive(stream), 0);
+  EXPECT_EQ(Receive(StreamOf("a\r\n\rb\r\n", 3), true), 0);
+  EXPECT_EQ(dir.Read("in"), "a\nb\n");
 }
 
 TEST_F(Files, HostileStreamsAreRefused) {
   EXPECT_EQ(Receive("$   abcd    !   5"), 1);
   EXPECT_EQ(message, "Wrong byte count in GetFile");
   EXPECT_EQ(dir.Read("in"), "abcd");
-  EXPECT_EQ(Receive(Header(8193) + Sized(8193)), 1);
-  EXPECT_EQ(message, "Unable to get full block");
-  for (const char* header : {"\x9f```abc", "\x1f   x    !   1"}) {
-    EXPECT_EQ(Receive(header), 1);
-    EXPECT_EQ(message, "Unable to get full block");
+  for (const std::string& stream :
+       {Header(8193) + Sized(8193), kMark + "abc", std::string("\x1f   x    !   1")}) {
+    EXPECT_EQ(Receive(stream), 1);
+    EXPECT_EQ(message, kNotFull);
   }
 }
 
 TEST_F(Files, LocalFailuresTellWhy) {
-  TASocket ours;
+  Ours ours;
   const RawPeer peer(ours, StreamOf("abc", 8188));
   for (const VorString& path : {Path("missing"), VorString(dir.Path())}) {
     EXPECT_EQ(ours.PutFile(path), 1);
-    EXPECT_STREQ(ours.GetErrMsg(), "Unable to read file for TASocket::PutFile");
+    EXPECT_EQ(ours.Message(), "Unable to read file for TASocket::PutFile");
   }
   for (const char* path : {"missing/in", "/dev/full"}) {
     EXPECT_EQ(ours.GetFile(path, 0), 1);
-    EXPECT_STREQ(ours.GetErrMsg(), "Unable to write in file for TASocket::GetFile");
+    EXPECT_EQ(ours.Message(), "Unable to write in file for TASocket::GetFile");
   }
   ours.Close();
   EXPECT_EQ(peer.ReceiveAll(), "");

@@ -3,23 +3,21 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <functional>
 #include <new>
 #include <string>
 #include <thread>
+#include <vector>
 
-#include "base/VorListValVorString.h"
-#include "socket/RawPeer.h"
-#include "socket/TASocket.h"
+#include "socket/Peers.h"
 
 namespace {
 
-constexpr std::size_t kLarge = 5000;  // bytes of allocations that may fail
+constexpr int kLarge = 5000;  // bytes of allocations that may fail
 
 thread_local int granted = -1;  // large allocations before one fails; -1 if none does
 
 void* Allocate(std::size_t size) {
-  if (granted >= 0 && size >= kLarge && granted-- == 0) return nullptr;
+  if (granted >= 0 && size >= static_cast<std::size_t>(kLarge) && granted-- == 0) return nullptr;
   return malloc(size == 0 ? 1 : size);
 }
 
@@ -40,120 +38,91 @@ void operator delete(void* memory, std::size_t) noexcept {
   free(memory);
 }
 
-namespace {
-
-const std::string kMark = "\x9f```";
-const char* const kNoSize = "Unable to get block size";
-const char* const kNotFull = "Unable to get full block";
-
-int ReadText(TASocket& socket) {
-  VorString text;
-  return socket.GetBlock(text, 0);
-}
-int ReadList(TASocket& socket) {
-  VorListValVorString list;
-  const int result = socket.GetBlock(list, 0);
-  EXPECT_TRUE(result == 0 || list.Size() == 0);
-  return result;
-}
-int ReadBinary(TASocket& socket) {
-  int size = 0;
-  void* data = nullptr;
-  const int result = socket.GetBinBlock(&size, &data, 0);
-  free(data);
-  return result;
-}
-int ReadString(TASocket& socket) {
-  VorString text;
-  return socket.Read(text, 0);
-}
-int ReadFile(TASocket& socket) {
-  return socket.GetFile("/dev/null", 0);
-}
-
-}  // namespace
-
 TEST(Limits, APeerCannotDrawAReadOut) {
   const struct {
-    int (*read)(TASocket&);
+    Reading read;
     std::string start;
-  } rows[] = {{ReadText, "____"},     {ReadList, kMark + Integer(0) + Integer(1000)},
-              {ReadBinary, "____"},   {ReadString, Integer(100000)},
-              {ReadFile, "_ ! ____"}, {ReadText, ""}};
+  } rows[] = {{&Ours::Text, "____"},     {&Ours::List, kMark + Integer(0) + Integer(1000)},
+              {&Ours::Binary, "____"},   {&Ours::String, Integer(100000)},
+              {&Ours::File, "_ ! ____"}, {&Ours::Text, ""}};
+  std::vector<std::thread> reading;
   for (const auto& row : rows) {
-    TASocket ours;
-    ours.SetStallLimit(60);
-    ours.SetReadLimits(1, 0);
-    const RawPeer peer(ours);
-    peer.Send(row.start);
-    std::atomic<bool> isOver = false;
-    std::thread dribbling([&] {
-      while (!isOver && !row.start.empty()) {
-        peer.Send("x");
-        usleep(10000);
-      }
+    reading.emplace_back([&row] {
+      Ours ours;
+      ours.SetStallLimit(60);
+      ours.SetReadLimits(1, 0);
+      const RawPeer peer(ours);
+      peer.Send(row.start);
+      std::atomic<bool> isOver = false;
+      std::thread dribbling([&] {
+        while (!isOver && !row.start.empty()) {
+          peer.Send("x");
+          usleep(10000);
+        }
+      });
+      EXPECT_EQ((ours.*row.read)(), 2) << row.start;
+      EXPECT_EQ(ours.Message(), kTimedOut) << row.start;
+      isOver = true;
+      dribbling.join();
     });
-    EXPECT_EQ(row.read(ours), 2) << row.start;
-    EXPECT_STREQ(ours.GetErrMsg(),
-                 "Error reading from stream socket (select): Connection timed out");
-    isOver = true;
-    dribbling.join();
+  }
+  for (std::thread& thread : reading) thread.join();
+}
+
+TEST(Limits, SilenceEndsATransfer) {
+  for (const int seconds : {0, 60}) {  // of the whole read
+    Ours ours;
+    const RawPeer peer(ours);
+    ours.SetStallLimit(1);
+    ours.SetReadLimits(seconds, 0);
+    peer.Send("$   abc");
+    EXPECT_EQ(ours.Text(), 1);
+    EXPECT_EQ(ours.Message(), kNotFull);
   }
 }
 
 TEST(Limits, AreOfEachReadByItself) {
-  TASocket ours;
-  ours.SetReadLimits(60, 7);
-  const RawPeer peer(ours);
-  peer.Send("#   abc#   abc$   abcd");
-  EXPECT_EQ(ReadText(ours), 0);
-  EXPECT_EQ(ReadList(ours), 0);
-  EXPECT_EQ(ReadText(ours), 1);
-  EXPECT_STREQ(ours.GetErrMsg(), kNotFull);
-  // Silence ends it before its time.
-  TASocket waiting;
-  waiting.SetStallLimit(1);
-  waiting.SetReadLimits(60, 0);
-  const RawPeer silent(waiting);
-  silent.Send("$   abc");
-  EXPECT_EQ(ReadText(waiting), 1);
-  EXPECT_STREQ(waiting.GetErrMsg(), kNotFull);
-  // A text is bounded as the bytes that stand for it are.
-  const std::string word(30, 'w');
-  const std::string twice =
-      kMark + Integer(0) + Word(word) + Integer(-1) + Integer(2) + Integer(0) + Integer(0);
-  TASocket other;
-  other.SetReadLimits(0, static_cast<int>(twice.size()));
-  const RawPeer naming(other, twice);
-  EXPECT_EQ(ReadText(other), 1);
-  EXPECT_STREQ(other.GetErrMsg(), kNotFull);
+  const std::string named = kMark + Integer(0) + Word(std::string(30, 'w')) + Integer(-1) +
+                            Integer(2) + Integer(0) + Integer(0);
+  Ours ours;
+  ours.SetReadLimits(60, static_cast<int>(named.size()));
+  const std::string fits = Header(54) + std::string(54, 'x');
+  const RawPeer peer(ours, fits + fits + named);
+  EXPECT_EQ(ours.Text(), 0);
+  EXPECT_EQ(ours.List(), 0);
+  EXPECT_EQ(ours.Text(), 1);  // bounded as the bytes that stand for it are
+  EXPECT_EQ(ours.Message(), kNotFull);
 }
 
 TEST(Limits, ReadsWithoutMemoryEndInTheirError) {
   const std::string word(kLarge, 'w');
-  const std::string header = "(.! ";  // of 5000 bytes
-  const std::string ofNul = word.substr(1) + '\0';
+  const std::string plain = Header(kLarge) + word;
+  const std::string ofNul = plain.substr(0, kLarge + 3) + '\0';
   const std::string named =
       kMark + Integer(0) + Word(word) + Integer(-1) + Integer(2) + Integer(0) + Integer(0);
   const struct {
-    int (*read)(TASocket&);
+    Reading read;
     std::string bytes;
     const char* message;
-  } rows[] = {{ReadText, header + word, kNotFull}, {ReadText, header + ofNul, kNotFull},
-              {ReadList, header + word, kNotFull}, {ReadText, named, kNotFull},
-              {ReadList, named, kNotFull},         {ReadString, Word(word), kNoSize}};
+  } rows[] = {{&Ours::Text, plain, kNotFull},
+              {&Ours::Text, ofNul, kNotFull},
+              {&Ours::List, plain, kNotFull},
+              {&Ours::Text, named, kNotFull},
+              {&Ours::List, named, kNotFull},
+              {&Ours::String, Word(word), kNoSize},
+              {&Ours::File, "!   x    !   1", "Unable to create read buffer"}};
   for (const auto& row : rows) {
     int failures = 0;
-    for (;; ++failures) {
-      TASocket ours;
+    for (bool failed = true; failed; failures += failed) {
+      Ours ours;
       const RawPeer peer(ours, row.bytes);
       granted = failures;
-      const int result = row.read(ours);
-      const bool failed = granted < 0;
+      const int result = (ours.*row.read)();
+      failed = granted < 0;
       granted = -1;
-      ASSERT_EQ(result, failed ? 1 : 0) << ours.GetErrMsg();
-      if (!failed) break;
-      EXPECT_STREQ(ours.GetErrMsg(), row.message);
+      ASSERT_EQ(result, failed ? 1 : 0) << ours.Message();
+      EXPECT_EQ(ours.Message(), failed ? row.message : "no error on socket");
+      EXPECT_TRUE(!failed || ours.Value().empty());
     }
     EXPECT_GT(failures, 0) << row.message;
   }
