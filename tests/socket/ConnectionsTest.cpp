@@ -12,22 +12,6 @@
 #include "socket/Peers.h"
 #include "support/InProcess.h"
 
-TEST(Connections, AQueryIsAsked) {
-  TASocket server, client, peer;
-  ASSERT_EQ(server.OpenServer(0), 0);
-  for (const bool isTimed : {false, true}) {  // the second one closes what is left of the first
-    ASSERT_EQ(client.OpenClient("localhost", server.GetPort(), 10), 0);
-    client.PutBlock("the query");
-    client.Flush();
-    VorString query;
-    // A limit below zero is none.
-    EXPECT_EQ(isTimed ? server.GetQuery(10, query, peer, -1) : server.GetQuery(10, query, peer), 0);
-    EXPECT_EQ(query, "the query");
-    EXPECT_STREQ(peer.GetErrMsg(), "no error on socket");
-  }
-  EXPECT_EQ(client.Close(), 0);
-}
-
 TEST(Connections, ClosedSocketsRefuseEverything) {
   const auto refuses = [](const Ours& closed, std::initializer_list<int> results,
                           const char* message) {
@@ -77,26 +61,6 @@ TEST(Connections, FailuresToOpenTellWhy) {
   late.join();
 }
 
-TEST(Connections, WaitsEndAtTheirLimitWhateverSignalsCome) {
-  struct sigaction ignoring = {}, before;
-  ignoring.sa_handler = [](int) {};
-  sigaction(SIGALRM, &ignoring, &before);
-  const itimerval often = {{0, 20000}, {0, 20000}}, never = {};
-  setitimer(ITIMER_REAL, &often, nullptr);
-  Ours server, client, peer;
-  server.OpenServer(0);
-  VorString text;
-  EXPECT_EQ(server.GetQuery(1, text, peer, 0), 2);
-  EXPECT_EQ(server.Message(), "Query time-out");
-  client.OpenClient("localhost", server.GetPort());
-  EXPECT_EQ(server.GetQuery(1, text, peer), 1);
-  EXPECT_EQ(peer.Message(), kTimedOut);
-  EXPECT_EQ(client.GetBlock(text, 1), 2);
-  EXPECT_EQ(client.Message(), kTimedOut);
-  setitimer(ITIMER_REAL, &never, nullptr);
-  sigaction(SIGALRM, &before, nullptr);
-}
-
 TEST(Connections, APeerThatHasGoneIsAnErrorAndNoSignal) {
   Ours ours;
   { const RawPeer peer(ours); }
@@ -115,13 +79,18 @@ TEST(Connections, APeerThatHasGoneIsAnErrorAndNoSignal) {
   EXPECT_EQ(ours.Close(), 0);
 }
 
-TEST(Connections, DescriptorsAbove1024AreWaitedForAndClosed) {
+TEST(Connections, AreWaitedForAboveDescriptor1024WhateverSignalsCome) {
   const int result = InProcess([] {
     const rlimit many = {4096, 4096};
-    if (setrlimit(RLIMIT_NOFILE, &many) != 0) return 1;
+    setrlimit(RLIMIT_NOFILE, &many);
     int next = 0;
-    while (next <= 1100) next = dup(0);
+    while (next >= 0 && next <= 1100) next = dup(0);
     close(next);
+    struct sigaction ignoring = {};
+    ignoring.sa_handler = [](int) {};
+    sigaction(SIGALRM, &ignoring, nullptr);
+    const itimerval often = {{0, 20000}, {0, 20000}};
+    setitimer(ITIMER_REAL, &often, nullptr);
     {
       Ours server, client, peer;
       VorString query;
@@ -129,23 +98,31 @@ TEST(Connections, DescriptorsAbove1024AreWaitedForAndClosed) {
       server.SetStallLimit(1);  // which is not for a socket that listens
       timeval limit = {-1, 0};
       socklen_t size = sizeof limit;
-      if (getsockopt(next, SOL_SOCKET, SO_RCVTIMEO, &limit, &size) != 0 || limit.tv_sec != 0)
-        return 2;
-      if (server.GetQuery(1, query, peer, 0) != 2) return 3;
-      client.OpenClient("localhost", server.GetPort());
-      client.PutBlock("over here");
-      client.Flush();
-      if (server.GetQuery(10, query, peer, 10) != 0 || query != "over here") return 4;
-      if (client.GetBlock(query, 1) != 2) return 5;
-      server.OpenServer(0);  // gives up the first one
-      for (int fd = next; fd < next + 3; ++fd) {
-        if (fcntl(fd, F_GETFD) != FD_CLOEXEC) return 6;
+      EXPECT_EQ(getsockopt(next, SOL_SOCKET, SO_RCVTIMEO, &limit, &size), 0);
+      EXPECT_EQ(limit.tv_sec, 0);
+      EXPECT_EQ(server.GetQuery(1, query, peer, 0), 2);
+      EXPECT_EQ(server.Message(), "Query time-out");
+      for (const int wait : {0, 10, -1}) {  // each closes what is left of the one before
+        EXPECT_EQ(client.OpenClient("localhost", server.GetPort(), 10), 0);
+        client.PutBlock("the query");
+        client.Flush();
+        EXPECT_EQ(
+            wait == 0 ? server.GetQuery(9, query, peer) : server.GetQuery(9, query, peer, wait), 0);
+        EXPECT_EQ(query, "the query");
       }
+      EXPECT_EQ(client.GetBlock(query, 1), 2);
+      EXPECT_EQ(client.Message(), kTimedOut);
+      client.OpenClient("localhost", server.GetPort());
+      EXPECT_EQ(server.GetQuery(1, query, peer), 1);
+      EXPECT_EQ(peer.Message(), kTimedOut);
+      server.OpenServer(0);  // gives up the first one
+      for (int fd = next; fd < next + 3; ++fd) EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
       close(next + 1);  // behind the back of the client
-      if (client.GetBlock(query, 1) != 1) return 7;
-      if (client.Message() != "Error reading from stream socket (select)") return 8;
+      EXPECT_EQ(client.GetBlock(query, 1), 1);
+      EXPECT_EQ(client.Message(), "Error reading from stream socket (select)");
     }
-    return dup(0) == next ? 0 : 9;
+    EXPECT_EQ(dup(0), next);
+    return testing::Test::HasFailure() ? 1 : 0;
   });
   EXPECT_EQ(result, 0);
 }
