@@ -1,12 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
 #include "campaign/RunTool.h"
-#include "support/TempDir.h"
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -14,7 +12,7 @@ using testing::MatchesRegex;
 namespace {
 
 // A test list, and a loader that notes what it gets and ends with the status of the file "status".
-class CampaignFollowup : public testing::Test {
+class CampaignFollowup : public CampaignTest {
  protected:
   CampaignFollowup() {
     const std::string loader = _dir.Write(
@@ -34,8 +32,6 @@ class CampaignFollowup : public testing::Test {
     return Campaign("run --jobs 1 --tests " + _dir / "tests.list" + " " + options + " '*'",
                     "SECRET=tiger PATH=" + _dir / "bin" + ":$PATH ");
   }
-
-  TempDir _dir;
 };
 
 }  // namespace
@@ -59,7 +55,6 @@ TEST_F(CampaignFollowup, ListsFailuresByResponsible) {
                                     "  alone: failed (1)\n"
                                     "  no/body: failed (1)\n"));
   EXPECT_THAT(Run(owners + _dir / "missing").output, HasSubstr("missing: No such file"));
-  EXPECT_THAT(Campaign("run --owners org").output, HasSubstr("needs 2 values, ORG KVR"));
 }
 
 TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
@@ -76,7 +71,7 @@ TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
               MatchesRegex("\"net/tcp\",passed,0,[0-9]+\\.[0-9]{3},\"XYZ\"\n"
                            "\"say\"\"hi\"\"\",failed,4,[0-9]+\\.[0-9]{3},\"\"\n"));
   EXPECT_EQ(_dir.Read("out/campaign.csv"), _dir.Read("loaded"));
-  EXPECT_NE(access((_dir / "secret").c_str(), F_OK), 0) << "children see the password";
+  EXPECT_FALSE(Exists("secret")) << "children see the password";
 
   _dir.Write("status", "3");
   const Outcome failed = Run(control + "file:" + _dir / "password" + " //host:1521/db");
@@ -87,25 +82,4 @@ TEST_F(CampaignFollowup, LoadsResultsIntoTheDatabase) {
   data = data.substr(data.find("data=") + 5);
   data.pop_back();
   EXPECT_NE(access(data.c_str(), F_OK), 0) << "temporary, so removed";
-
-  const struct {
-    std::string words;
-    const char* message;
-  } kRefused[] = {
-      {"'" + _dir / "load.ctl" + ";' scott x db", "cannot be given a file named"},
-      {_dir / "none" + " scott x db", "cannot read"},
-      {_dir / "load.ctl" + " 'a b' x db", "the user 'a b' cannot be given"},
-      {_dir / "load.ctl" + " scott '$(x)' db", "the password holds characters"},
-      {_dir / "load.ctl" + " scott env:UNSET_ONE db", "UNSET_ONE is not set"},
-      {_dir / "load.ctl" + " scott file:/none db", "cannot read a password from /none"},
-      {_dir / "load.ctl" + " scott x 'db>f'", "the connection 'db>f' cannot be given"},
-      {_dir / "load.ctl" + " scott x db --results 'a b'", "a file named 'a b/campaign.csv'"},
-  };
-  std::filesystem::remove(_dir / "arguments");
-  for (const auto& row : kRefused) {
-    const Outcome refused = Run("--load " + row.words);
-    EXPECT_EQ(refused.status, 2) << row.words;
-    EXPECT_THAT(refused.output, HasSubstr(row.message));
-  }
-  EXPECT_EQ(_dir.Read("arguments"), "");
 }

@@ -1,10 +1,14 @@
 #ifndef VOR_TESTS_CAMPAIGN_RUNTOOL_H
 #define VOR_TESTS_CAMPAIGN_RUNTOOL_H
 
+#include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
+
+#include "support/TempDir.h"
 
 struct Outcome {
   int status = -1;
@@ -25,5 +29,16 @@ inline Outcome Campaign(const std::string& arguments, const std::string& before 
   run.status = WEXITSTATUS(pclose(stream));
   return run;
 }
+
+class CampaignTest : public testing::Test {
+ protected:
+  /// A test list with this content, as the option that names it.
+  std::string Tests(const std::string& content) const {
+    return "--tests " + _dir.Write("tests.list", content) + " ";
+  }
+  bool Exists(const char* name) const { return access((_dir / name).c_str(), F_OK) == 0; }
+
+  TempDir _dir;
+};
 
 #endif  // VOR_TESTS_CAMPAIGN_RUNTOOL_H
