@@ -25,9 +25,6 @@ unsigned BitByBit(std::string text, unsigned seed) {
 }  // namespace
 
 TEST(Crc, KnownValues) {
-  EXPECT_EQ(crc("", 0), 0u);
-  EXPECT_EQ(crc("", 5), 5u);
-  EXPECT_EQ(crc("a", 0), 0x2925u);
   EXPECT_EQ(crc("abc", 1), 0x290D42AEu);
   EXPECT_EQ(crc("123456789", 0), 0x93BCE8CFu);
 }

@@ -41,11 +41,15 @@ class Tracing : public testing::Test {
 
 }  // namespace
 
-TEST_F(Tracing, FormatsLocalTime) {
+TEST_F(Tracing, FormatsLocalTimeIntegersAndTheHostName) {
   EXPECT_EQ(GetDate(), "Fri Jan  2 03:04:05 2026");
   EXPECT_EQ(GetSortDate(), "2026-01-02-03-04-05");
   EXPECT_EQ(GetDay(), "02/01/2026");
   EXPECT_EQ(GetShortDate(), "01-02.03:04");
+  EXPECT_EQ(toString(INT_MIN), "-2147483648");
+  char name[256] = {};
+  ASSERT_EQ(gethostname(name, sizeof name - 1), 0);
+  EXPECT_EQ(GetHostName(), name);
 }
 
 TEST_F(Tracing, WritesProgressOnStandardOutputAndMessagesOnStandardError) {
@@ -64,34 +68,12 @@ TEST_F(Tracing, WritesProgressOnStandardOutputAndMessagesOnStandardError) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "one\ntwo\n");
 }
 
-TEST_F(Tracing, FormatsIntegersAndTheHostName) {
-  EXPECT_EQ(toString(-7), "-7");
-  EXPECT_EQ(toString(INT_MIN), "-2147483648");
-  char name[256] = {};
-  ASSERT_EQ(gethostname(name, sizeof name - 1), 0);
-  EXPECT_EQ(GetHostName(), name);
-}
-
-TEST_F(Tracing, FatalEndsTheProcessWithABanner) {
-  FATAL(0, "no reason to end");
-  EXPECT_EXIT(
-      {
-        close(STDOUT_FILENO);
-        FATAL(-1, "it broke");
-      },
-      testing::KilledBySignal(SIGABRT),
-      testing::ContainsRegex("FATAL INTERNAL ERROR ------------------------\n"
-                             "it broke\n"
-                             "STACK ---------------------------------------\n$"));
-}
-
-TEST_F(Tracing, FatalPrintsTheStackOnStandardOutput) {
-  // The child sends standard output where the death test looks, and standard error elsewhere.
-  EXPECT_EXIT(
-      {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        close(STDERR_FILENO);
-        FATAL(1, "it broke");
-      },
-      testing::KilledBySignal(SIGABRT), testing::ContainsRegex("^#0 .*FATAL.*\n#1 "));
+TEST_F(Tracing, FatalPrintsABannerOnStandardErrorAndTheStackOnStandardOutput) {
+  EXPECT_EXIT((close(STDOUT_FILENO), FATAL(-1, "it broke")), testing::KilledBySignal(SIGABRT),
+              testing::ContainsRegex("FATAL INTERNAL ERROR ------------------------\n"
+                                     "it broke\n"
+                                     "STACK ---------------------------------------\n$"));
+  // Here the child sends standard output where the death test looks, and standard error elsewhere.
+  EXPECT_EXIT((dup2(STDERR_FILENO, STDOUT_FILENO), close(STDERR_FILENO), FATAL(1, "it broke")),
+              testing::KilledBySignal(SIGABRT), testing::ContainsRegex("^#0 .*FATAL.*\n#1 "));
 }

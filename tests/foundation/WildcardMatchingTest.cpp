@@ -6,30 +6,22 @@
 
 TEST(TestMatch, PiecesBetweenStars) {
   using namespace std::string_view_literals;
-  const struct {
-    std::string_view text;
-    std::string_view pattern;
-  } matches[] =
-      {
-          {"abc", "*"},       {"", "*"},
-          {"", ""},           {"abc", "abc"},
-          {"abc", "a*c"},     {"abc", "*b*"},
-          {"abc", "a*b*c"},   {".cpp", "*.cpp"},
-          {"aXbXc", "a**c"},  {"ab", "ab*b"},
-          {"ab", "*ab*b*"},   {"abXab", "ab"},  // pieces may overlap
-          {"**", "**"},       {"\xe9t\xe9", "\xe9*"},
-          {"ab\0cd"sv, "a*"}, {"ab", "ab\0cd"sv},  // a NUL ends the comparisons only
-      },
-    others[] = {
-        {"abc", ""},         {"abc", "a*b"},     {"abc", "b*"},        {"abc", "*c*b*"},
-        {"cpp", "*.cpp"},    {"abc", "a?c"},     {"a.c", "a[.]c"},     {"a*c", "a\\*c"},
-        {"ab", "*b*ab"},  // pieces start in order
-        {"abX", "ab"},       {"abc", "**"},      {"", "**"},           {"A", "a"},
-        {"ab\0cd"sv, "*cd"}, {"abc", "ab\0*"sv}, {"abcde", "*\0cd"sv},
-    };
+  const std::pair<std::string_view, std::string_view> matches[] = {
+      {"", "*"},         {"abc", "*"},       {"abc", "abc"},
+      {"\xe9", "\xe9*"}, {"", ""},           {"abc", "a*c"},
+      {"abc", "*b*"},    {"ab\0cd"sv, "a*"}, {"**", "**"},
+      {"abc", "a*b*c"},  {".cpp", "*.cpp"},  {"ab", "ab\0cd"sv},  // a NUL ends the comparisons only
+      {"ab", "ab*b"},    {"aXbXc", "a**c"},  {"ab", "*ab*b*"},
+      {"abXab", "ab"}};  // pieces may overlap
   for (const auto& [text, pattern] : matches) {
     EXPECT_EQ(TestMatch(VorString(text), VorString(pattern)), 1) << text << " " << pattern;
   }
+  const std::pair<std::string_view, std::string_view> others[] = {
+      {"abc", ""},         {"abc", "a*b"},     {"abc", "b*"},       {"abc", "*c*b*"},
+      {"cpp", "*.cpp"},    {"abc", "a?c"},     {"a.c", "a[.]c"},    {"a*c", "a\\*c"},
+      {"ab", "*b*ab"},  // pieces start in order
+      {"abX", "ab"},       {"abc", "**"},      {"", "**"},          {"A", "a"},
+      {"ab\0cd"sv, "*cd"}, {"abc", "ab\0*"sv}, {"abcde", "*\0cd"sv}};
   for (const auto& [text, pattern] : others) {
     EXPECT_EQ(TestMatch(VorString(text), VorString(pattern)), 0) << text << " " << pattern;
   }
@@ -41,9 +33,7 @@ TEST(TestMatch, LongPiecesThatAlmostMatchStayCheap) {
 }
 
 TEST(TestMatchNoCase, FoldsAsciiLettersOfBothSides) {
-  EXPECT_EQ(TestMatchNoCase("README.TXT", "*.txt"), 1);
-  EXPECT_EQ(TestMatchNoCase("readme.txt", "R*.TXT"), 1);
-  EXPECT_EQ(TestMatchNoCase("", "*"), 1);
+  EXPECT_EQ(TestMatchNoCase("README.txt", "R*m*.TXT") + TestMatchNoCase("", "*"), 2);
   EXPECT_EQ(TestMatchNoCase("\xe9", "\xc9"), 0);
   const std::string longName(5000, 'x');
   EXPECT_EQ(TestMatchNoCase(VorString(longName + ".C"), VorString("X*" + longName + ".c")), 1);
