@@ -29,19 +29,16 @@ Paths ToPaths(const List& list) {
 }
 
 template <typename List>
-Paths Run(void (*read)(const VorString& what, List& out), const std::string& what) {
+Paths Result(void (*read)(const VorString& what, List& out), const std::string& what) {
   List out;
   read(VorString(what), out);
   return ToPaths(out);
 }
 Paths Read(const std::string& pattern) {
-  return Run<VorListValVorString>(ReadDirectory, pattern);
-}
-Paths ReadNames(const std::string& pattern) {
-  return Run<VorListValTAFileName>(ReadDirectory, pattern);
+  return Result<VorListValVorString>(ReadDirectory, pattern);
 }
 Paths ReadRecursive(const std::string& root) {
-  return Run<VorListValVorString>(ReadRecursiveDirectory, root);
+  return Result<VorListValVorString>(ReadRecursiveDirectory, root);
 }
 
 Paths Below(const TempDir& dir, const Paths& names) {
@@ -55,7 +52,7 @@ Paths Below(const TempDir& dir, const Paths& names) {
 Paths ReadStepwise(const std::string& pattern) {
   namespace fs = std::filesystem;
   VorListValVorString components;
-  const int count = Split(VorString(pattern), components, VorString("/"));
+  const int count = Split(pattern, components, "/");
   Paths prefixes{pattern[0] == '/' ? "/" : fs::current_path().native() + "/"};
   for (int k = 1; k <= count; ++k) {
     const std::string c = static_cast<const char*>(components[k]);
@@ -129,7 +126,7 @@ class NastyTree : public testing::Test {
 
 }  // namespace
 
-TEST_F(NastyTree, PatternsSelectAsStepByStep) {
+TEST_F(NastyTree, IsReadAsStepByStep) {
   for (const char* relative :
        {"*",        "*.c",      "*/*",     "*/include", "a*/f",     "a.c",     "a.c/",
         "a.c/*",    "a.c/.",    "missing", "missing/*", "*/../*.c", "a/./f",   ".",
@@ -137,12 +134,10 @@ TEST_F(NastyTree, PatternsSelectAsStepByStep) {
         "link/*/2", "self/*",   "dang*",   "d*/*\\*x*", "*/\xff*",  "f*o/*"}) {
     for (const std::string& pattern : {std::string(relative), _dir / "" + relative}) {
       EXPECT_EQ(Read(pattern), ReadStepwise(pattern)) << pattern;
-      EXPECT_EQ(ReadNames(pattern), ReadNamesStepwise(pattern)) << pattern;
+      EXPECT_EQ(Result<VorListValTAFileName>(ReadDirectory, pattern), ReadNamesStepwise(pattern))
+          << pattern;
     }
   }
-}
-
-TEST_F(NastyTree, TreesAreReadAsStepByStep) {
   for (const char* relative :
        {"",        ".",     "a/",   "a//",     "./a/./include", "a/..",      "link",
         "link/..", "st*r",  "s*",   "dir\\s",  "dir",           "dir/s/../", "empty",
@@ -155,17 +150,14 @@ TEST_F(NastyTree, TreesAreReadAsStepByStep) {
 
 TEST_F(NastyTree, PathsAreAbsoluteAndTheWorkingDirectoryStays) {
   EXPECT_EQ(Read("*.c"), Below(_dir, {".hidden.c", "a.c", "b.c"}));
-  EXPECT_EQ(Read("*/include"), Below(_dir, {"a/include", "ab/include"}));
   EXPECT_EQ(Read(""), Paths{_dir.Path() + "/"});
   EXPECT_EQ(Read("///"), Paths{"/"});
-  EXPECT_EQ(ReadRecursive("deep"), Below(_dir, {"deep/1/2/3/f"}));
   EXPECT_EQ(std::filesystem::current_path(), _dir.Path());
 }
 
-TEST_F(NastyTree, EarlierContentsStayAndAreSortedIn) {
+TEST_F(NastyTree, OnlyRecursiveReadingEmptiesTheList) {
   VorListValVorString out;
-  for (const std::string& text : {std::string("~"), std::string("/"), _dir / "*.h"})
-    out.Append(text);
+  for (const std::string& text : Paths{"~", "/", _dir / "*.h"}) out.Append(text);
   ReadDirectory(out[3], out);
   EXPECT_EQ(ToPaths(out), (Paths{"/", _dir / "*.h", _dir / "x.h", "~"}));
 
@@ -173,12 +165,9 @@ TEST_F(NastyTree, EarlierContentsStayAndAreSortedIn) {
   for (const char* text : {"~", "", "!"}) names.Append(text);
   ReadDirectory("a.c", names);
   EXPECT_EQ(ToPaths(names), (Paths{"", "!", _dir / "a.c", "~"}));
-}
 
-TEST_F(NastyTree, RecursiveReadingEmptiesTheListFirst) {
-  VorListValVorString out;
-  for (const std::string& text : {std::string("~"), _dir / "a"}) out.Append(text);
-  ReadRecursiveDirectory(out[2], out);
+  out.Append(_dir / "a");
+  ReadRecursiveDirectory(out[5], out);
   EXPECT_EQ(ToPaths(out), Below(_dir, {"a/.git/config", "a/f", "a/include/i.h"}));
   EXPECT_EQ(ReadRecursive("a.c/"), Paths{"a.c/"});  // a file, as it was given
 }
@@ -199,25 +188,22 @@ TEST_F(NastyTree, LinkCyclesAndEndlessPathsEndWhereTheSystemRefuses) {
   EXPECT_EQ(ReadRecursive("empty"), ReadRecursiveStepwise("empty"));
   EXPECT_EQ(ReadRecursive("empty").size(), 1u);  // the link that is one too many
 
-  const std::string piece(200, 'd');
-  std::filesystem::create_directory("long");
-  std::filesystem::current_path("long");
-  for (int i = 0; i < 22; ++i) {
-    std::filesystem::create_directory(piece);
-    std::filesystem::current_path(piece);
+  for (int i = 0; i < 23; ++i) {
+    const std::string name = i == 0 ? "long" : std::string(200, 'd');
+    std::filesystem::create_directory(name);
+    std::filesystem::current_path(name);
     std::ofstream("f").close();
   }
   std::filesystem::current_path(_dir.Path());
   const Paths files = ReadRecursive(_dir / "long");
   EXPECT_EQ(files, ReadRecursiveStepwise(_dir / "long"));
-  EXPECT_TRUE(files.size() > 10 && files.size() < 22);  // by the length of the path so far
+  EXPECT_TRUE(files.size() > 10 && files.size() < 23);  // by the length of the path so far
 }
 
 TEST(DirectoryReading, UnreadableAndUnsearchableDirectories) {
-  const std::filesystem::path temporary = std::filesystem::temp_directory_path();
   const bool isRoot = geteuid() == 0;
   ASSERT_EQ(isRoot ? seteuid(65534) : 0, 0);  // root may read everything
-  if (euidaccess(temporary.c_str(), W_OK | X_OK) != 0) {
+  if (euidaccess(std::filesystem::temp_directory_path().c_str(), W_OK | X_OK) != 0) {
     ASSERT_EQ(seteuid(0), 0);
     GTEST_SKIP() << "only root may write to the temporary directory";
   }

@@ -45,29 +45,25 @@ class TAFileNameOnDisk : public testing::Test {
 }  // namespace
 
 TEST(TAFileName, BringsTextIntoNormalForm) {
-  for (const std::string row : {"a=a",           "/=/",
-                                ".=.",           "..=..",
-                                "a\\b\\c=a/b/c", "\\\\h\\s=/h/s",
-                                "a//b=a/b",      "a///b=a//b",
-                                "a////b=a//b",   "//=/",
-                                "a///=a/",       "./a/./b/=a/b",
-                                "a/b/.=a/b",     "/./=/",
-                                "/.=/.",         "/././.=/.",
-                                "./=.",          "./.=.",
-                                ".//./a=a",      "/./.x=/.x",
-                                "a/b/../c=a/c",  "a/b/c/../../d=a/d",
-                                "a/b/..=a",      "/a/..=/",
-                                "x/../y=y",      "x/..=",
-                                "x/..////y=/y",  "../x=../x",
-                                "./..=..",       "a/../../b=../b",
-                                "/../a=/../a",   "/a/../../b=/../b",
-                                "a/..b=a/..b",   "a/.../../b=a/.../../b",
-                                "a/.x/../b=a/b", "a///../b=a//../b",
-                                "a\\..\\b=b",    "a/../.="}) {
+  for (const std::string row :
+       {// Backslashes, and slashes in a row.
+        "a=a", "/=/", "a\\b\\c=a/b/c", "\\\\h\\s=/h/s", "a//b=a/b", "a///b=a//b", "a////b=a//b",
+        "//=/", "a///=a/",
+        // Dots.
+        ".=.", "./a/./b/=a/b", "a/b/.=a/b", "/./=/", "/.=/.", "/././.=/.", "./=.", "./.=.",
+        ".//./a=a", "/./.x=/.x",
+        // Parents.
+        "..=..", "a/b/../c=a/c", "a/b/c/../../d=a/d", "a/b/..=a", "/a/..=/", "x/../y=y",
+        "x/..=", "x/..////y=/y", "../x=../x", "./..=..", "a/../../b=../b", "/../a=/../a",
+        "/a/../../b=/../b", "a/..b=a/..b", "a/.../../b=a/.../../b", "a/.x/../b=a/b",
+        "a///../b=a//../b", "a\\..\\b=b", "a/../.="}) {
     const std::size_t equals = row.find('=');
     EXPECT_EQ(Text(TAFileName(row.c_str(), static_cast<int>(equals))), row.substr(equals + 1))
         << row;
   }
+  const char noTerminator[] = {'a', '/', '.', 'b'};
+  EXPECT_EQ(Text(TAFileName(noTerminator, 4)), "a/.b");
+  EXPECT_EQ(Text(TAFileName("ab", 100)), "ab");
 }
 
 TEST(TAFileName, FoldsMegabytesInLinearTime) {
@@ -87,23 +83,14 @@ TEST(TAFileName, NullNameComesFromNoTextAndIsHarmless) {
   EXPECT_EQ(null.IsFile() + null.IsDirectory() + null.IsUnderDirectory("a") + null.Delete(), 0);
   EXPECT_TRUE(null.dirname(1).IsNull() && null.basename(1).IsNull());
   EXPECT_EQ(null.GetExtension(), null.Getdirname(1));
-  EXPECT_EQ(null.CreateDirectory(), 1);
-  EXPECT_EQ(null.CreateNotExistingDirectory(), -2);
+  EXPECT_TRUE(null.CreateDirectory() == 1 && null.CreateNotExistingDirectory() == -2);
   EXPECT_EQ(null.CreateRecursiveDirectory(), 0);
-  null.SetAsExecutable();
-  null.Normalize();
-  null.AddExtension("");
+  null.SetAsExecutable(), null.Normalize(), null.AddExtension("");
   EXPECT_TRUE(null.IsNull());
   null.SetExtension("./x");
   EXPECT_EQ(Text(null), "./x");  // as it is, not in normal form
   null = "";
   EXPECT_TRUE(null.IsNull());
-}
-
-TEST(TAFileName, TakesTheFirstBytesOfAText) {
-  const char noTerminator[] = {'a', '/', '.', 'b'};
-  EXPECT_TRUE(TAFileName(noTerminator, 4) == "a/.b" && TAFileName(noTerminator, 3) == "a");
-  EXPECT_EQ(Text(TAFileName("ab", 100)), "ab");
 }
 
 TEST(TAFileName, CopiesShareUntilOneChanges) {
@@ -115,19 +102,14 @@ TEST(TAFileName, CopiesShareUntilOneChanges) {
   set.SetExtension("o");
   joined += "g";
   folded.Normalize();
-  EXPECT_EQ(Text(added), "dir//f.c.bak//");
-  EXPECT_EQ(Text(set), "dir//f.o");
-  EXPECT_EQ(Text(joined), "dir/f.c/g");
-  EXPECT_EQ(Text(folded), "dir/f.c");
-  EXPECT_EQ(Text(name), "dir//f.c");
+  EXPECT_TRUE(added == "dir//f.c.bak//" && set == "dir//f.o" && joined == "dir/f.c/g");
+  EXPECT_TRUE(folded == "dir/f.c" && name == "dir//f.c");
 }
 
 TEST(TAFileName, TakesItsOwnText) {
-  TAFileName name("a/b.c/d");
-  TAFileName& self = name;
+  TAFileName name("a/b.c/d"), &self = name;
   name = self;
   name = static_cast<const char*>(name) + 2;
-  EXPECT_EQ(Text(name), "b.c/d");
   name += name;
   EXPECT_EQ(Text(name), "b.c/d/b.c/d");
   const TAFileName moved(std::move(name));
@@ -143,22 +125,18 @@ TEST(TAFileName, ComparesAndSortsByText) {
   EXPECT_TRUE(TAFileName("a\x7f") < TAFileName("a\x80"));  // by unsigned byte
   VorListValTAFileName list;
   for (const char* text : {"b", "a/b", "a.b", "B"}) list.Append(text);
-  VorListValTAFileName sorted(list);
-  EXPECT_TRUE(sorted == list);
-  sorted.QuickSort(TAFileName::Compare);
-  EXPECT_TRUE(sorted[1] == "B" && sorted[2] == "a.b" && sorted[3] == "a/b" && sorted[4] == "b");
+  list.QuickSort(TAFileName::Compare);
+  EXPECT_TRUE(list[1] == "B" && list[2] == "a.b" && list[3] == "a/b" && list[4] == "b");
 }
 
 TEST(TAFileName, Joins) {
-  EXPECT_EQ(Text(TAFileName("a/b") + "../c"), "a/c");
-  EXPECT_EQ(Text(TAFileName("/") + "c"), "/c");
-  EXPECT_EQ(Text(TAFileName("a") + VorString("/b")), "a/b");
-  EXPECT_EQ(Text(TAFileName() + "./b/"), "b");
+  EXPECT_TRUE(TAFileName("a/b") + "../c" == "a/c" && TAFileName("/") + "c" == "/c");
+  EXPECT_TRUE(TAFileName("a") + VorString("/b") == "a/b" && TAFileName() + "./b/" == "b");
   const std::string longName(5000, 'n');
   EXPECT_EQ(Text(TAFileName("d") + VorString(longName)), "d/" + longName);
 }
 
-TEST(TAFileName, GivesComponentsFromTheEnd) {
+TEST(TAFileName, GivesComponentsFromTheEndAndIsUnderItsParents) {
   const TAFileName name("/usr/lib/x.so"), gap("a///b");
   EXPECT_TRUE(name.basename(1) == "x.so" && name.basename(2) == "lib" && name.basename(5) == name);
   EXPECT_TRUE(TAFileName("a").basename(1) == "a" && TAFileName("/").basename(1).IsNull());
@@ -166,54 +144,35 @@ TEST(TAFileName, GivesComponentsFromTheEnd) {
   EXPECT_TRUE(name.dirname(1) == "/usr/lib" && name.Getdirname(2) == "/usr");
   EXPECT_TRUE(name.dirname(3).IsNull() && TAFileName("a").dirname(1).IsNull());
   EXPECT_TRUE(TAFileName("a/b/c").dirname(2) == "a" && gap.dirname(1) == "a");
-}
-
-TEST(TAFileName, IsUnderItselfAndItsParents) {
-  const TAFileName name("/a/b/c");
-  for (const char* parent : {"/a/b/c", "/a/b", "/a"}) EXPECT_EQ(name.IsUnderDirectory(parent), 1);
-  for (const char* other : {"/", "/x", "/a/bb", "b"}) EXPECT_EQ(name.IsUnderDirectory(other), 0);
+  EXPECT_TRUE(name.IsUnderDirectory(name) && name.IsUnderDirectory("/usr"));
+  for (const char* other : {"/", "/x", "/usr/li"}) EXPECT_EQ(name.IsUnderDirectory(other), 0);
   EXPECT_EQ(TAFileName("a////////b/c").IsUnderDirectory("a///b"), 1);  // each parent folds anew
 }
 
 TEST(TAFileName, Extensions) {
-  const char* const rows[][3] = {// name, extension, name after SetExtension("o")
-                                 {"a.tar.gz", "gz", "a.tar.o"},
+  const char* const rows[][3] = {{"a.tar.gz", "gz", "a.tar.o"},
                                  {"Makefile", "", "Makefileo"},
                                  {"dir.d/file", "d/file", "dir.o"},
                                  {"f.", "", "f.o"}};
   for (const auto& [text, extension, afterSet] : rows) {
     TAFileName name(text);
     EXPECT_EQ(name.GetExtension(), extension) << text;
-    EXPECT_EQ(name.HasExtension(extension), 1) << text;
-    EXPECT_EQ(name.HasExtension("oo") + name.HasExtension(nullptr), 0) << text;
+    EXPECT_TRUE(name.HasExtension(extension) && !name.HasExtension("oo")) << text;
+    EXPECT_EQ(name.HasExtension(nullptr), 0) << text;
     name.SetExtension("o");
     EXPECT_EQ(Text(name), afterSet);
   }
 }
 
-TEST_F(TAFileNameOnDisk, TellsFilesFromDirectories) {
-  _dir.Write("f", "");
-  std::filesystem::create_directory_symlink(".", "link");
-  ASSERT_EQ(mknod("socket", S_IFSOCK | 0600, 0), 0);  // has both mode bits
-  for (const char* file : {"f", "socket"}) EXPECT_EQ(TAFileName(file).IsFile(), 1);
-  for (const char* directory : {"link", ".", "socket"}) {
-    EXPECT_EQ(TAFileName(directory).IsDirectory(), 1) << directory;
-  }
-  for (const char* other : {".", "missing", "/dev/null"}) EXPECT_EQ(TAFileName(other).IsFile(), 0);
-  EXPECT_EQ(TAFileName("f").IsDirectory(), 0);
-}
-
-TEST_F(TAFileNameOnDisk, MakesDirectories) {
-  EXPECT_EQ(TAFileName("one").CreateDirectory(), 0);
-  EXPECT_EQ(TAFileName("one").CreateDirectory(), -1);
-  EXPECT_EQ(TAFileName("one").CreateNotExistingDirectory(), 1);
+TEST_F(TAFileNameOnDisk, MakesDirectoriesAndTellsWhichLevelFailed) {
+  TAFileName one("one");
+  EXPECT_TRUE(one.CreateDirectory() == 0 && one.CreateDirectory() == -1);
+  EXPECT_EQ(one.CreateNotExistingDirectory(), 1);
   EXPECT_EQ(TAFileName("two").CreateNotExistingDirectory(), 0);
   EXPECT_EQ(TAFileName("no/where").CreateNotExistingDirectory(), -1);
   for (int i = 0; i < 2; ++i) EXPECT_EQ(TAFileName("a/b/c").CreateRecursiveDirectory(), 0);
   EXPECT_EQ(TAFileName("a/b/c").IsDirectory(), 1);
-}
 
-TEST_F(TAFileNameOnDisk, RecursiveDirectoryTellsWhichLevelFailed) {
   _dir.Write("file", "");
   EXPECT_EQ(TAFileName("file").CreateRecursiveDirectory(), 0);  // no parent: whatever mkdir says
   EXPECT_EQ(TAFileName("file/x").CreateRecursiveDirectory(), -1);
@@ -223,28 +182,30 @@ TEST_F(TAFileNameOnDisk, RecursiveDirectoryTellsWhichLevelFailed) {
   EXPECT_EQ(TAFileName(VorString(Repeat(piece, 20))).IsDirectory(), 1);
 }
 
-TEST_F(TAFileNameOnDisk, ChangesAndDeletesFiles) {
-  const TAFileName file(_dir.Write("tool", "").c_str());
+TEST_F(TAFileNameOnDisk, TellsFilesFromDirectoriesAndChangesThem) {
+  const TAFileName file(_dir.Write("f", "").c_str());
   ASSERT_EQ(chmod(file, 02640), 0);
   file.SetAsExecutable();
   struct stat info;
   ASSERT_EQ(stat(file, &info), 0);
   EXPECT_EQ(info.st_mode & 07777, 02740u);
-  EXPECT_EQ(file.Delete(), 0);
-  EXPECT_EQ(file.Delete(), -1);
+  std::filesystem::create_directory_symlink(".", "link");
+  ASSERT_EQ(mknod("socket", S_IFSOCK | 0600, 0), 0);  // has both mode bits
+  for (const char* name : {"f", "socket"}) EXPECT_EQ(TAFileName(name).IsFile(), 1);
+  for (const char* name : {"link", "socket"}) EXPECT_EQ(TAFileName(name).IsDirectory(), 1);
+  for (const char* name : {".", "missing", "/dev/null"}) EXPECT_EQ(TAFileName(name).IsFile(), 0);
+  EXPECT_TRUE(file.IsDirectory() == 0 && file.Delete() == 0 && file.Delete() == -1);
 }
 
-TEST_F(TAFileNameOnDisk, WorkDirIsTheShellsIfItSaysSo) {
-  EXPECT_EQ(Text(TAFileName::GetWorkDir()), _dir.Path());
+TEST_F(TAFileNameOnDisk, WorkDirIsTheShellsIfItSaysSoAndTooLongWith1024Bytes) {
   std::filesystem::create_directory("sub");
   EXPECT_EQ(TAFileName::SetWorkDir("sub"), 0);
   EXPECT_EQ(Text(TAFileName::GetWorkDir()), _dir / "sub");
   EXPECT_EQ(TAFileName::SetWorkDir("sub") + TAFileName::SetWorkDir(TAFileName()), -2);
   setenv("PWD", "/some//where/", 1);
   EXPECT_EQ(Text(TAFileName::GetWorkDir()), "/some/where");
-}
 
-TEST_F(TAFileNameOnDisk, WorkDirOf1024BytesIsTooLong) {
+  unsetenv("PWD");
   std::filesystem::path deep = _dir.Path();
   while (deep.native().size() < 820) deep /= std::string(200, 'd');
   deep /= std::string(1022 - deep.native().size(), 'e');  // 1023 bytes and the terminator
@@ -259,8 +220,7 @@ TEST_F(TAFileNameOnDisk, FullPathIsKeptUntilTheTextChanges) {
   _dir.Write("f", "");
   TAFileName name("f"), missing("g"), absolute("/x/y"), null;
   EXPECT_EQ(Text(name.GetFullPath()), _dir / "f");
-  EXPECT_EQ(Text(missing.GetFullPath()), "g");
-  EXPECT_EQ(Text(absolute.GetFullPath()), "/x/y");
+  EXPECT_TRUE(missing.GetFullPath() == "g" && absolute.GetFullPath() == "/x/y");
   EXPECT_EQ(Text(null.GetFullPath()), _dir.Path());
 
   setenv("PWD", "/nowhere", 1);
@@ -280,8 +240,7 @@ TEST_F(TAFileNameOnDisk, FullPathIsKeptUntilTheTextChanges) {
   for (TAFileName* changed : {&copy, &added, &set, &name, &null}) {
     EXPECT_EQ(Text(changed->GetFullPath()), "f");
   }
-  EXPECT_EQ(Text(assigned.GetFullPath()), "g");
-  EXPECT_EQ(Text(absolute.GetFullPath()), "/x/y/z");
+  EXPECT_TRUE(assigned.GetFullPath() == "g" && absolute.GetFullPath() == "/x/y/z");
 }
 
 TEST(TAFileNameDeathTest, TemporaryNamesAreNumberedFromOneOn) {
@@ -299,7 +258,7 @@ TEST(TAFileName, TemporaryNamesDifferAcrossThreads) {
     for (int i = 0; i < 1000; ++i) names.insert(Text(TAFileName::GetTemporaryFileName()));
     return names;
   };
-  std::future<std::set<std::string>> other = std::async(std::launch::async, draw);
+  auto other = std::async(std::launch::async, draw);
   std::set<std::string> all = draw();
   all.merge(other.get());
   EXPECT_EQ(all.size(), 2000u);
