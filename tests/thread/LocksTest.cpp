@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <memory>
 #include <string>
 #include <thread>
 
@@ -16,8 +15,9 @@
 
 namespace {
 
+// Whether the lock lets one thread in at a time.
 template <typename Take, typename Release>
-long CountTogether(Take take, Release release) {
+void ExpectExclusion(Take take, Release release) {
   long count = 0;
   const auto work = [&] {
     for (int i = 0; i < 2000; ++i) {
@@ -29,26 +29,19 @@ long CountTogether(Take take, Release release) {
   std::thread other(work);
   work();
   other.join();
-  return count;
-}
-
-void WaitFor(const std::atomic<bool>& flag) {
-  while (!flag) std::this_thread::yield();
+  EXPECT_EQ(count, 4000);
 }
 
 }  // namespace
 
 TEST(Locks, ExcludeOtherThreads) {
-  const std::unique_ptr<TAThreadLock> locks[] = {std::make_unique<TAThreadLock>(),
-                                                 std::make_unique<TAThreadLongLock>()};
-  for (const auto& lock : locks) {
-    EXPECT_EQ(CountTogether([&] { return lock->GetLock(); }, [&] { return lock->ReleaseLock(); }),
-              4000);
+  TAThreadLock simple;
+  TAThreadLongLock longer;
+  for (TAThreadLock* lock : {&simple, static_cast<TAThreadLock*>(&longer)}) {
+    ExpectExclusion([&] { return lock->GetLock(); }, [&] { return lock->ReleaseLock(); });
   }
-  TAThreadRWLock writers;
-  EXPECT_EQ(CountTogether([&] { return writers.GetWriteLock(); },
-                          [&] { return writers.ReleaseWriteLock(); }),
-            4000);
+  TAThreadRWLock lock;
+  ExpectExclusion([&] { return lock.GetWriteLock(); }, [&] { return lock.ReleaseWriteLock(); });
 }
 
 TEST(TAThreadRWLock, LetsReadersInTogetherAndNeverWithAWriter) {
@@ -61,8 +54,7 @@ TEST(TAThreadRWLock, LetsReadersInTogetherAndNeverWithAWriter) {
   std::thread writer([&] {
     for (int i = 0; i < 1000; ++i) {
       lock.GetWriteLock();
-      ++value;
-      ++value;
+      ++value, ++value;
       lock.ReleaseWriteLock();
     }
   });
@@ -86,7 +78,7 @@ TEST(TAThreadRWLock, AWaitingWriterGoesBeforeLaterReaders) {
     hasWritten = true;
     lock.ReleaseWriteLock();
   });
-  WaitFor(isWriting);
+  while (!isWriting) std::this_thread::yield();
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the writer is at the turnstile
   std::thread reader([&] {
     lock.GetLock();

@@ -19,9 +19,14 @@ class TAMutexFile : public testing::Test {
  protected:
   ~TAMutexFile() override { std::filesystem::remove(_path); }
 
-  const std::string _name = "_test_" + std::to_string(getpid());
-  const std::string _path = "/tmp/TAMutex" + _name;
+  const VorString _name = "_test_" + std::to_string(getpid());
+  const std::string _path = "/tmp/TAMutex" + std::string(_name.View());
 };
+
+// Whether it can be had and given back, twice.
+bool Works(TAMutex& mutex) {
+  return mutex.Lock() == 0 && mutex.Unlock() == 0 && mutex.Lock() == 0 && mutex.Unlock() == 0;
+}
 
 // A number that all processes share.
 volatile int* SharedInt() {
@@ -34,12 +39,12 @@ volatile int* SharedInt() {
 TEST_F(TAMutexFile, IsMadeOnceOpenToAllAndStays) {
   struct stat first, second;
   {
-    TAMutex mutex(VorString(_name.c_str()));
+    TAMutex mutex(_name);
     ASSERT_EQ(stat(_path.c_str(), &first), 0);
     EXPECT_EQ(mutex.CreateSharedMemory(), 1);
-    EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
+    EXPECT_TRUE(Works(mutex));
   }
-  TAMutex again(VorString(_name.c_str()));
+  TAMutex again(_name);
   ASSERT_EQ(stat(_path.c_str(), &second), 0);
   EXPECT_EQ(first.st_size, 64);
   EXPECT_EQ(first.st_mode & 07777, 0777u);
@@ -56,7 +61,7 @@ TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
     if (children.back() != 0) continue;
     while (*ready == 0) {
     }
-    TAMutex mutex(VorString(_name.c_str()));
+    TAMutex mutex(_name);
     for (int k = 0; k < 5000; ++k) {
       if (mutex.Lock() != 0) _exit(1);
       *count = *count + 1;
@@ -81,18 +86,14 @@ TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
 
 TEST_F(TAMutexFile, SurvivesAnOwnerThatDies) {
   EXPECT_EQ(InProcess([this] {
-              TAMutex mutex(VorString(_name.c_str()));
-              mutex.Lock();
-              raise(SIGKILL);
-              return 0;
+              TAMutex mutex(_name);
+              return mutex.Lock(), raise(SIGKILL);
             }),
             -1);
-  TAMutex mutex(VorString(_name.c_str()));
-  EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
-}
+  TAMutex mutex(_name);
+  EXPECT_TRUE(Works(mutex));
 
-TEST_F(TAMutexFile, SurvivesAnOwnerThatWentDownWithTheMachine) {
-  TAMutex mutex(VorString(_name.c_str()));
+  // One that went down with the machine.
   const pid_t gone = fork();
   if (gone == 0) _exit(0);
   waitpid(gone, nullptr, 0);
@@ -100,33 +101,33 @@ TEST_F(TAMutexFile, SurvivesAnOwnerThatWentDownWithTheMachine) {
   std::fstream file(_path);
   file.write(reinterpret_cast<const char*>(&gone), sizeof gone);
   file.close();
-  EXPECT_EQ(mutex.Lock() + mutex.Unlock() + mutex.Lock() + mutex.Unlock(), 0);
+  EXPECT_TRUE(Works(mutex));
 }
 
 TEST_F(TAMutexFile, SurvivesAnObjectThatIsDestroyedWhileLocked) {
   EXPECT_EQ(InProcess([this] {
-              TAMutex other(VorString((_name + "_other").c_str()));
-              TAMutex(VorString(_name.c_str())).Lock();
-              return other.Lock() + other.Unlock();
+              TAMutex other(_name + "_other");
+              TAMutex(_name).Lock();
+              return Works(other) ? 0 : 1;
             }),
             0);
   std::filesystem::remove(_path + "_other");
-  TAMutex mutex(VorString(_name.c_str()));
-  EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
+  TAMutex mutex(_name);
+  EXPECT_TRUE(Works(mutex));
 }
 
 TEST_F(TAMutexFile, TakesTheLongestName) {
-  const std::string name = _name + std::string(248 - _name.size(), 'n');  // the file's has 255
-  TAMutex mutex(VorString(name.c_str()));
-  EXPECT_EQ(mutex.Lock() + mutex.Unlock(), 0);
-  std::filesystem::remove("/tmp/TAMutex" + name);
+  const std::string rest(248 - _name.View().size(), 'n');  // the name of the file has 255 bytes
+  TAMutex mutex(_name + VorString(rest));
+  EXPECT_TRUE(Works(mutex));
+  std::filesystem::remove(_path + rest);
 }
 
 TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
   std::ofstream(_path) << "short";  // touching it beyond its end would be fatal
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  TAMutex tooShort(VorString(_name.c_str()));
+  TAMutex tooShort(_name);
   EXPECT_EQ(tooShort.Lock() + tooShort.Unlock(), -2);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "TAMutex init failed : mmap error\nmutex not initialized.\nmutex not initialized.\n");
@@ -136,8 +137,8 @@ TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(TAMutex("/no/such/folder").CreateSharedMemory(), -1);
   std::filesystem::remove(_path);
-  std::filesystem::create_symlink("/tmp/nowhere" + _name, _path);  // a planted link
-  EXPECT_EQ(TAMutex(VorString(_name.c_str())).CreateSharedMemory(), -1);
+  std::filesystem::create_symlink(_path + "nowhere", _path);  // a planted link
+  EXPECT_EQ(TAMutex(_name).CreateSharedMemory(), -1);
   testing::internal::GetCapturedStdout();
   EXPECT_NE(
       testing::internal::GetCapturedStderr().find("TAMutex shared memory creation : mmap failed: "),

@@ -14,20 +14,16 @@
 
 namespace {
 
-std::atomic<int> calls{0};
+std::atomic<int> calls{0}, deleted{0};
 
 void CountCall(int, const char**) {
   ++calls;
 }
 
 // A thread that tells when it is deleted.
-class Watched : public TAThread {
- public:
-  explicit Watched(std::atomic<int>& deleted) : TAThread(CountCall), _deleted(deleted) {}
-  ~Watched() override { ++_deleted; }
-
- private:
-  std::atomic<int>& _deleted;
+struct Watched : TAThread {
+  Watched() : TAThread(CountCall) {}
+  ~Watched() override { ++deleted; }
 };
 
 }  // namespace
@@ -45,16 +41,13 @@ TEST(TAThread, GivesItsFunctionTheArguments) {
   EXPECT_EQ(thread.Start(), 0);
   TAThread::WaitForAll();
   EXPECT_EQ(seen, "2ab|");
-}
 
-TEST(TAThread, CountsANullFirstArgument) {
-  static std::atomic<int> count{-1};
-  TAThread thread([](int argc, const char** argv) { count = argv[0] == nullptr ? argc : 9; });
-  const char** args = thread.SetArgs(nullptr, NULL);  // the end is a null pointer in any form
+  TAThread second([](int argc, const char** argv) { calls = argv[0] == nullptr ? argc : 9; });
+  args = second.SetArgs(nullptr, NULL);  // counts; the end is a null pointer in any form
   EXPECT_TRUE(args[0] == nullptr && args[1] == nullptr);
-  thread.Start();
+  second.Start();
   TAThread::WaitForAll();
-  EXPECT_EQ(count, 1);
+  EXPECT_EQ(calls, 1);
 }
 
 TEST(TAThread, WaitsForManyAndForThoseThatTheyStart) {
@@ -73,13 +66,12 @@ TEST(TAThread, WaitsForManyAndForThoseThatTheyStart) {
 }
 
 TEST(TAThread, DeletesTheDetachedOnes) {
-  std::atomic<int> deleted{0};
-  for (int i = 0; i < 5; ++i) EXPECT_EQ((new Watched(deleted))->StartDetach(), 0);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ((new Watched)->StartDetach(), 0);
   TAThread::WaitForAll();
   EXPECT_EQ(deleted, 5);
 
   calls = 0;
-  (new Watched(deleted))->StartDetach();
+  (new Watched)->StartDetach();
   while (deleted < 6) TAThread();  // each of which cleans up
   EXPECT_EQ(calls, 1);
 }
@@ -110,8 +102,7 @@ TEST(TAThread, ThoseThatOutliveTheProcessLeaveItInPeace) {
   EXPECT_EQ(InProcess([] {
               calls = 0;
               TAThread::exitCalled();
-              TAThread* const late = new TAThread(CountCall);
-              late->Start();
+              (new TAThread(CountCall))->Start();
               // It keeps the account locked, so nothing may be asked of it any more.
               while (calls == 0) {
               }
