@@ -20,11 +20,12 @@ class VorHashSCMap;
 ///     Some Team Name.ab.
 ///
 /// Codes are upper-cased.  Each file is read at most once for an object; for new files make a new
-/// object.  Look-ups take a look into one or two hash maps, whatever the size of the files.
+/// object.  Look-ups take a look into one to three hash maps, whatever the size of the files.
 ///
 /// A framework is declared before its modules.  What is declared twice keeps its first
 /// responsible.  What stands behind the last newline of a file is dropped, and callers rely on it.
-/// A NUL byte ends its line.
+/// A NUL byte ends its line; a carriage return before the newline belongs to it, so that files with
+/// such line ends have bad organisation lines and codes that end with it.
 ///
 /// Ownership: the texts handed out belong to the object and stay valid while it lives.
 /// Errors:    bad lines are reported on standard output and skipped.  A file that cannot be read

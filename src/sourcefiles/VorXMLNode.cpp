@@ -143,7 +143,11 @@ VorString VorXMLNode::GetAttributeName(int position) const noexcept {
 
 int VorXMLNode::AppendChild(const VorXMLNode& child) noexcept {
   if (_element == nullptr || child.IsNull() || !child._element->parent.expired()) return 1;
-  for (auto above = _element; above != nullptr; above = above->parent.lock()) {
+  if (child._element == _element) return 1;
+  // Without children it is no ancestor: a deep tree that grows downwards is not walked up each
+  // time.
+  auto above = child._element->children.empty() ? nullptr : _element;
+  for (; above != nullptr; above = above->parent.lock()) {
     if (above == child._element) return 1;
   }
   _element->children.push_back(child._element);

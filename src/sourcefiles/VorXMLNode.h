@@ -64,7 +64,7 @@ class VOR_API VorXMLNode {
   void NotifyListeners() noexcept;
 
   /// The element with all below it as XML text in UTF-8, a document of its own: one line for each
-  /// element, two blanks more for each level.  "" for the empty node.
+  /// tag, two blanks more for each level.  "" for the empty node.
   ///
   /// The text is well-formed whatever the values hold.  Bytes that are no UTF-8 and characters that
   /// XML does not allow come out as "?"; line ends and tabs come out as references, so that a

@@ -9,11 +9,12 @@
 // Paths of the file system as XML elements, for tools that put files into XML documents.
 //
 // A description is made once, from what the path is at that moment: an element "File", "FileRW" or
-// "Directory" with the attributes "Name" (the last component of the path) and "Path" (the path as
+// "Directory" with the attributes "Name" (basename(1) of the path) and "Path" (the path as
 // given).  It never changes by itself: its listener only detaches itself at the first notification,
 // and refreshing it does nothing.
 //
-// Running out of memory ends the process.  Threads: every function may be called from any thread.
+// Running out of memory ends the process.  Threads: every function may be called from any thread,
+// with a path that is no copy of another thread's (see TAFileName).
 
 /// The listener of files.  It detaches itself from the node that notifies it.
 class VOR_API FileDescriptionListener final : public VorXMLNodeListener {
@@ -42,7 +43,8 @@ VOR_API extern DirectoryDescriptionListenerRW _directoryListenerRW;
 /// TAFileName tell; else, when the path does not exist for instance, the empty node.
 VOR_API VorXMLNode GetFileDescription(TAFileName path) noexcept;
 
-/// The same, except that a file that this process may both read and write is an element "FileRW".
+/// The same, except that a file that the process's real user may both read and write, as access()
+/// tells, is an element "FileRW".
 VOR_API VorXMLNode GetFileDescriptionRW(TAFileName path) noexcept;
 
 /// Does nothing: a description stays as it was made.
