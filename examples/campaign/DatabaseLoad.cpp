@@ -1,6 +1,5 @@
 #include "DatabaseLoad.h"
 
-#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -9,6 +8,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "InputFile.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
@@ -33,16 +33,18 @@ bool IsBehind(std::string_view prefix, const std::string& text, std::string* res
   return true;
 }
 
+// The messages name no source: one who lets the shell put the password there would have it shown.
 std::string TakePassword(const std::string& given, std::string* password) {
   std::string source;
   if (IsBehind("env:", given, &source)) {
-    const char* const value = getenv(source.c_str());
-    if (value == nullptr) return "the environment variable " + source + " is not set";
+    char* const value = getenv(source.c_str());
+    if (value == nullptr) return "the environment variable that holds the password is not set";
     *password = value;
+    explicit_bzero(value, strlen(value));  // /proc would show it still
     unsetenv(source.c_str());
   } else if (IsBehind("file:", given, &source)) {
     std::ifstream file(source);
-    if (!std::getline(file, *password)) return "cannot read a password from " + source;
+    if (!std::getline(file, *password)) return "cannot read the file that holds the password";
     if (password->ends_with('\r')) password->pop_back();
   } else {
     *password = given;
@@ -61,14 +63,16 @@ std::string DatabaseLoad::Prepare(const std::vector<std::string>& words) {
   std::string problem = CheckPlainPath(words[0]);
   if (problem.empty()) problem = TakePassword(words[2], &_password);
   if (!problem.empty()) return problem;
-  constexpr const char* kUnusable = "' cannot be given to the database loader";
-  if (!IsPlain(words[1], "")) return "the user '" + words[1] + kUnusable;
-  if (!IsPlain(_password, "")) {
-    return "the password holds characters that cannot be given to the database loader";
-  }
-  if (!IsPlain(words[3], "/")) return "the connection '" + words[3] + kUnusable;
+  // Not quoted either: with its values out of order, one of the others is the password.
+  constexpr const char* kUnusable =
+      " is empty or holds characters that cannot be given to the database loader";
+  if (!IsPlain(words[1], "")) return std::string("the user") + kUnusable;
+  if (!IsPlain(_password, "")) return std::string("the password") + kUnusable;
+  if (!IsPlain(words[3], "/")) return std::string("the connection") + kUnusable;
   if (getenv("PATH") == nullptr) return "PATH is not set, so the database loader is not found";
-  if (!std::ifstream(words[0])) return "cannot read " + words[0] + ": " + strerror(errno);
+  std::ifstream control;
+  problem = OpenInput(words[0], &control);
+  if (!problem.empty()) return problem;
   _control = words[0];
   _user = words[1];
   _connection = words[3];

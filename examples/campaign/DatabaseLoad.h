@@ -13,9 +13,10 @@ namespace campaign {
 class DatabaseLoad {
  public:
   /// Takes the control file, user, password and connection, in this order.  A password of the form
-  /// env:NAME is the value of that environment variable, which is then taken out of the environment
+  /// env:NAME is the value of that environment variable, which is then wiped out of the environment
   /// so that tests do not see it; file:PATH is the first line of that file.  Returns "" or one line
-  /// that says what is wrong, without the password.
+  /// that says what is wrong.  It quotes no value but the file, so that the password is not shown
+  /// even if a shell put it behind env: or it stands in the place of the user.
   std::string Prepare(const std::vector<std::string>& words);
 
   /// True if Prepare has succeeded.

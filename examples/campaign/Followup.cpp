@@ -10,7 +10,6 @@
 #include <fstream>
 #include <memory>
 
-#include "Interrupt.h"
 #include "Options.h"
 
 namespace campaign {
@@ -35,6 +34,14 @@ std::string ToRecords(const std::vector<TestResult>& results, const Owners& owne
   return text;
 }
 
+// Before anything runs: results that cannot be loaded should not cost a campaign.
+std::string CheckTemporaryFolder() {
+  std::error_code error;
+  const std::string folder = std::filesystem::temp_directory_path(error);
+  if (error) return "no folder for temporary files: " + error.message();
+  return CheckPlainPath(folder);
+}
+
 /// A file that is removed at the end of its scope.
 class TemporaryFile {
  public:
@@ -49,6 +56,7 @@ class TemporaryFile {
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() { unlink(_path.c_str()); }
 
+  /// "" if it could not be made, errno then tells why.
   const std::string& Path() const { return _path; }
 
  private:
@@ -66,7 +74,9 @@ std::string Followup::Prepare(const Options& options) {
   if (problem.empty() && !options.load.empty()) {
     problem = _database.Prepare(options.load);
     if (!options.resultsFolder.empty()) _resultsFile = options.resultsFolder + "/campaign.csv";
-    if (problem.empty() && !_resultsFile.empty()) problem = CheckPlainPath(_resultsFile);
+    if (problem.empty()) {
+      problem = _resultsFile.empty() ? CheckTemporaryFolder() : CheckPlainPath(_resultsFile);
+    }
   }
   return problem;
 }
@@ -74,7 +84,9 @@ std::string Followup::Prepare(const Options& options) {
 std::string Followup::Apply(const std::vector<TestResult>& results) const {
   if (_hasOwners) fputs(_owners.ListFailures(results).c_str(), stdout);
   fflush(stdout);
-  if (!_database.IsWanted() || results.empty() || IsInterrupted()) return "";
+  const bool isComplete =
+      Count(results, Outcome::kInterrupted) == 0 && Count(results, Outcome::kNotRun) == 0;
+  if (!_database.IsWanted() || results.empty() || !isComplete) return "";
   return LoadResults(results);
 }
 
@@ -82,7 +94,8 @@ std::string Followup::LoadResults(const std::vector<TestResult>& results) const 
   const std::unique_ptr<TemporaryFile> temporary =
       _resultsFile.empty() ? std::make_unique<TemporaryFile>() : nullptr;
   const std::string path = temporary == nullptr ? _resultsFile : temporary->Path();
-  std::ofstream file(path, std::ios::binary);
+  std::ofstream file;
+  if (!path.empty()) file.open(path, std::ios::binary);
   file << ToRecords(results, _owners);
   file.close();
   if (!file) return "cannot write the results to load: " + std::string(strerror(errno));

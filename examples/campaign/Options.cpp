@@ -108,8 +108,9 @@ constexpr const char* kRunHelp =
     "                    each test, name and responsible in double quotes; it is kept as\n"
     "                    DIR/campaign.csv with --results DIR.  PASSWORD is env:NAME for\n"
     "                    the value of an environment variable, file:PATH for the first\n"
-    "                    line of a file, or the password itself.  While sqlldr runs, other\n"
-    "                    users of this machine can see the password among its arguments\n"
+    "                    line of a file, or the password itself, which others can see as\n"
+    "                    long as the campaign runs.  While sqlldr runs, other users of\n"
+    "                    this machine can see the password among its arguments anyway\n"
     "  --help            show this text\n";
 
 constexpr const char* kServeHelp =
@@ -196,7 +197,12 @@ std::string ParseOptions(Command command, int argc, char** argv, Options* option
       return "";
     }
     if (found == ':') return std::string(argv[optind - 1]) + " needs a value";
-    if (found < kFirstKnown) return "unknown option " + std::string(argv[optind - 1]);
+    if (found < kFirstKnown) {
+      // A letter need not end its word, and getopt then stands behind the word before.
+      const bool isLetter = optopt > 0 && optopt < kHelp;
+      return "unknown option " +
+             (isLetter ? std::string{'-', static_cast<char>(optopt)} : argv[optind - 1]);
+    }
     const auto place = static_cast<std::size_t>(found - kFirstKnown);
     given |= 1ul << place;
     const Known& known = kKnown[place];

@@ -1,24 +1,10 @@
 #include "Owners.h"
 
-#include <errno.h>
-#include <string.h>
-
-#include <filesystem>
-#include <fstream>
 #include <map>
 
+#include "InputFile.h"
+
 namespace campaign {
-namespace {
-
-// The library takes a file that cannot be read for an empty one; a campaign should not.
-std::string CheckReadable(const std::string& path) {
-  std::error_code ignored;
-  const bool isFolder = std::filesystem::is_directory(path, ignored);
-  if (!isFolder && std::ifstream(path)) return "";
-  return "cannot read " + path + ": " + strerror(isFolder ? EISDIR : errno);
-}
-
-}  // namespace
 
 // Null texts where nobody is known.
 struct Owners::Owner {
@@ -27,8 +13,10 @@ struct Owners::Owner {
 };
 
 std::string Owners::Load(const std::string& orgFile, const std::string& kvrFile) {
+  // The library takes a file that cannot be read for an empty one; a campaign should not.
   for (const std::string& path : {orgFile, kvrFile}) {
-    const std::string problem = CheckReadable(path);
+    std::ifstream file;
+    const std::string problem = OpenInput(path, &file);
     if (!problem.empty()) return problem;
   }
   _responsibles.parseFiles(orgFile.c_str(), kvrFile.c_str());

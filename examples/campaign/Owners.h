@@ -21,8 +21,8 @@ class Owners {
   /// The code of the one responsible for a test; "" if none is known.
   std::string CodeOf(const std::string& test) const;
 
-  /// The tests that did not pass, by responsible: code, line of the organisation file, tests.  ""
-  /// if all passed.
+  /// The tests that ran and did not pass, by responsible: code, line of the organisation file,
+  /// tests.  "" if there are none.
   std::string ListFailures(const std::vector<TestResult>& results) const;
 
  private:

@@ -1,14 +1,11 @@
 #include "TestList.h"
 
-#include <errno.h>
-#include <string.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <set>
 #include <string_view>
 
+#include "InputFile.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
@@ -65,12 +62,9 @@ bool IsSafeName(const std::string& name) {
 // Read with getline and not with the library's ReadFile: a list may hold names beyond ASCII and
 // long commands, and its last line counts even without a newline.
 std::string LoadTestList(const std::string& path, std::vector<Test>* tests) {
-  std::error_code error;
-  const bool isFolder = std::filesystem::is_directory(path, error);
-  std::ifstream file(path);
-  if (!file || isFolder) {
-    return "cannot read " + path + ": " + strerror(isFolder ? EISDIR : errno);
-  }
+  std::ifstream file;
+  const std::string unreadable = OpenInput(path, &file);
+  if (!unreadable.empty()) return unreadable;
   std::set<std::string> names;
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {

@@ -7,6 +7,7 @@
 #include "campaign/RunTool.h"
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 using CampaignRefusal = CampaignTest;
@@ -36,6 +37,7 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {run + "--jobs 2x '*'", "--jobs takes a whole number"},
       {run + "--timeout -1 '*'", "--timeout takes a whole number from 0 on"},
       {run + "--frobnicate '*'", "unknown option --frobnicate"},
+      {run + "-xy '*'", "unknown option -x"},
       {run + "'*' --jobs", "--jobs needs a value"},
       {run + "--owners org", "--owners needs 2 values, ORG KVR"},
       {run + "'b*'", "'b*' selects no test"},
@@ -45,11 +47,12 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {"run --tests " + _dir.Path() + " '*'", "Is a directory"},
       {run + "'*' --load '" + control + ";' scott x db", "cannot be given a file named"},
       {run + "'*' --load " + _dir / "none" + " scott x db", "cannot read"},
-      {load + "'a b' x db", "the user 'a b' cannot be given"},
-      {load + "scott '$(x)' db", "the password holds characters"},
-      {load + "scott env:UNSET_ONE db", "UNSET_ONE is not set"},
-      {load + "scott file:/none db", "cannot read a password from /none"},
-      {load + "scott x 'db>f'", "the connection 'db>f' cannot be given"},
+      {run + "'*' --load " + _dir.Path() + " scott x db", "Is a directory"},
+      {load + "'tiger ' x db", "the user is empty or holds characters"},
+      {load + "scott '$(tiger)' db", "the password is empty or holds characters"},
+      {load + "scott env:tiger db", "that holds the password is not set"},
+      {load + "scott file:tiger db", "cannot read the file that holds the password"},
+      {load + "scott x 'tiger>f'", "the connection is empty or holds characters"},
       {load + "scott x db --results 'a b'", "a file named 'a b/campaign.csv'"},
       {list("a true\nb\n"), "bad.list:2: test 'b' has no command"},
       {list("a true\nb true\na false\n"), "bad.list:3: test 'a' is there twice"},
@@ -73,6 +76,7 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
     EXPECT_EQ(refused.status, row.status) << row.arguments;
     EXPECT_THAT(refused.output, StartsWith("campaign: ")) << row.arguments;
     EXPECT_THAT(refused.output, HasSubstr(row.message)) << row.arguments;
+    EXPECT_THAT(refused.output, Not(HasSubstr("tiger"))) << "shows what may be the password";
     EXPECT_EQ(refused.output.find('\n'), refused.output.size() - 1) << refused.output;
   }
   EXPECT_FALSE(Exists("started"));
