@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <exception>
+#include <latch>
 #include <string_view>
 
 namespace {
@@ -30,12 +31,18 @@ void VorThreads::Stop() {}
 int VorThreads::Start(void* argument) noexcept {
   if (_starter != 0) return 1;
   try {
-    _thread = std::make_unique<std::thread>([this, argument] { Begin(argument); });
+    // The body begins when nothing is left to do here, since it may destroy this object.
+    const auto isSetUp = std::make_shared<std::latch>(1);
+    _thread = std::make_unique<std::thread>([this, argument, isSetUp] {
+      isSetUp->wait();
+      Begin(argument);
+    });
+    _starter = getpid();
+    pthread_setname_np(_thread->native_handle(), _name.c_str());
+    isSetUp->count_down();
   } catch (const std::exception&) {  // no thread or no memory for it
     return 1;
   }
-  _starter = getpid();
-  pthread_setname_np(_thread->native_handle(), _name.c_str());
   return 0;
 }
 

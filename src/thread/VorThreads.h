@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -22,7 +23,8 @@
 /// Ownership: belongs to its creator.  A derived class that may be destroyed while its thread runs
 ///            stops it and waits for it in its own destructor, since the thread uses it.
 /// Errors:    told by the results.
-/// Threads:   Start and Wait are called by one thread at a time, Stop by any.
+/// Threads:   Start and Wait are called by one thread at a time, Stop by any.  The body sees Start
+///            done: it may call Wait, and destroy the object.
 class VOR_API VorThreads {
  public:
   /// Debuggers show the first 15 bytes of \a name.
@@ -59,7 +61,7 @@ class VOR_API VorThreads {
  private:
   std::string _name;
   std::unique_ptr<std::thread> _thread;  // null before Start and after Wait
-  pid_t _starter = 0;                    // the process that started it; 0: none did
+  std::atomic<pid_t> _starter{0};        // the process that started it; 0: none did
 };
 
 #endif  // VOR_THREAD_VORTHREADS_H
