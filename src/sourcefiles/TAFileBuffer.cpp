@@ -39,7 +39,15 @@ std::atomic<pid_t> loopProcess{0};
 struct ExitNotice {
   // A child made by fork has no loop to end, and the lock may have been held when it was made.
   ~ExitNotice() {
-    if (loopProcess == getpid()) TAFileBuffer::ASyncCleanup();
+    if (loopProcess != getpid()) return;
+    ForgetList();
+    TAFileBuffer::ASyncCleanup();
+  }
+
+  // A loop that wakes up now must not look into it: the static objects of the tool are gone.
+  static void ForgetList() {
+    const vor::LockHolder holder(TAFileBuffer::ASyncLock);
+    TAFileBuffer::ASyncLoadList = nullptr;
   }
 } exitNotice;
 

@@ -73,7 +73,8 @@ class VOR_API TAFileBuffer {
   /// What an overloaded loop waits for.  Waiters sleep.
   static TAThreadLock& ASyncOverloadLock;
 
-  /// The buffers to load; belongs to the tool.  Null counts as empty.
+  /// The buffers to load; belongs to the tool.  Null counts as empty, and is what it is when the
+  /// process exits.
   static VorListPtrTAFileBuffer* ASyncLoadList;
   /// For the use of tools.
   static int ASyncFirstFile;

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include "base/MutexHolder.h"
 #include "sourcefiles/VorFileBufferPoolThread.h"
@@ -33,6 +34,7 @@ class SubscriberLock {
 VorFileBuffer::VorFileBuffer(const char* name) : _name(name == nullptr ? nullptr : strdup(name)) {}
 
 VorFileBuffer::~VorFileBuffer() {
+  _leaveParentsLoader();
   _leaveLoader();
   free(_text);
   free(_name);
@@ -100,6 +102,7 @@ void VorFileBuffer::destroy() {
 void VorFileBuffer::_dropText() {
   _isDestroyed = 1;
   if (_text == nullptr) return;
+  _leaveParentsLoader();
   _announcer = std::this_thread::get_id();
   SendCallback(&_deletion);
   _announcer = std::thread::id();
@@ -124,6 +127,7 @@ void VorFileBuffer::_addLoader(VorFileBufferPoolThread* loader) {
   const vor::MutexHolder holder(_mutex);
   if (_text == nullptr || _loader != nullptr) return;
   _loader = loader;
+  _loaderProcess = getpid();
   TACallbackPublisher::AddSubscriber(loader);
   loader->_countText(this, _size);
 }
@@ -138,5 +142,13 @@ void VorFileBuffer::_removeLoader(VorFileBufferPoolThread* loader) {
 // The thread may end from here on.
 void VorFileBuffer::_leaveLoader() {
   if (_loader != nullptr) _loader->_forgetText(this);
+  _loader = nullptr;
+}
+
+// In a child made by fork the thread is its parent's: its locks may be held for ever, and it may
+// have been destroyed with its pool.
+void VorFileBuffer::_leaveParentsLoader() {
+  if (_loader == nullptr || _loaderProcess == getpid()) return;
+  TACallbackPublisher::RemoveSubscriber(_loader);
   _loader = nullptr;
 }

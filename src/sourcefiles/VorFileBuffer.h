@@ -1,6 +1,8 @@
 #ifndef VOR_SOURCEFILES_VORFILEBUFFER_H
 #define VOR_SOURCEFILES_VORFILEBUFFER_H
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <thread>
 
@@ -23,8 +25,8 @@ class VorFileBufferPoolThread;
 /// Threads:   every operation may be called from any thread that holds a reference; the file is
 ///            read once, and others wait for it.  The event is sent while the buffer is locked: a
 ///            ReceiveCallback may add and remove subscribers of the buffer and ask for its text,
-///            size and name, but must not call its AddRef, Release, destroy or loadFile, nor end a
-///            pool that has loaded it.
+///            size and name, but must not call its AddRef, Release, destroy or loadFile, append it
+///            to a pool, nor end a pool that has loaded it.
 class VOR_API VorFileBuffer : public TACallbackPublisher {
  public:
   explicit VorFileBuffer(const char* name);
@@ -64,6 +66,7 @@ class VOR_API VorFileBuffer : public TACallbackPublisher {
   void _removeLoader(VorFileBufferPoolThread* loader);
   void _dropText();
   void _leaveLoader();
+  void _leaveParentsLoader();
 
   // What is read without the lock is atomic.  The text and its size are there before the flag that
   // says so.
@@ -76,6 +79,7 @@ class VOR_API VorFileBuffer : public TACallbackPublisher {
   std::atomic<int> _size{0};                  // bytes
   VorMutex _mutex;                            // guards all of the above and the subscribers
   VorFileBufferPoolThread* _loader{};         // the pool thread that counts the text; null if none
+  pid_t _loaderProcess{};                     // where that thread runs
   std::atomic<std::thread::id> _announcer{};  // the thread that sends the event just now
 };
 

@@ -16,7 +16,8 @@ class VorFileBufferPoolThread;
 ///     for (VorFileBuffer* buffer : buffers) Use(buffer->getBuffer());
 ///
 /// A consumer that is faster than the thread reads the file itself.  About 64 MiB of text are read
-/// ahead; then the thread waits until buffers are released.
+/// ahead; then the thread waits until buffers are released.  A child made by fork has no such
+/// thread: there a pool of its parent does nothing.
 ///
 /// Ownership: holds references to the buffers that wait to be read.  Buffers may outlive the pool.
 /// Errors:    none; what the thread does not read, the consumers do.
@@ -27,8 +28,7 @@ class VOR_API VorFileBufferPool {
   VorFileBufferPool() noexcept;
   VorFileBufferPool(const VorFileBufferPool&) = delete;
   VorFileBufferPool& operator=(const VorFileBufferPool&) = delete;
-  /// Ends the thread, after the file that it is reading.  In a child made by fork, which has no
-  /// such thread, it ends nothing.
+  /// Ends the thread, after the file that it is reading.
   ~VorFileBufferPool();
 
   /// Has \a buffer read.  Ignored for null and in a pool without a thread.

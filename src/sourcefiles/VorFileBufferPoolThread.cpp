@@ -164,6 +164,7 @@ void VorFileBufferPoolThread::_leaveBuffers() {
 }
 
 void VorFileBufferPoolThread::Stop() {
+  if (IsParents()) return;
   _state->isStopping = true;
   _state->Wake();
   if (_state->IsCeilingReached()) _state->memoryGate.Open();
@@ -172,7 +173,7 @@ void VorFileBufferPoolThread::Stop() {
 }
 
 void VorFileBufferPoolThread::append(VorFileBuffer* buffer) {
-  if (buffer == nullptr || _state->isStopping) return;
+  if (buffer == nullptr || _state->isStopping || IsParents()) return;
   buffer->AddRef();
   bool isRefused = false;
   {

@@ -16,6 +16,8 @@ class VorFileBuffer;
 /// loaded and that were not released since are smaller than the ceiling; a batch that was begun is
 /// loaded whole, whatever its size.
 ///
+/// In a child made by fork, which has no such thread, append, Stop and the destructor do nothing.
+///
 /// Ownership: holds a reference to each buffer that waits to be loaded, and none to a loaded one.
 ///            It is subscribed to the loaded ones to hear of their release, until it ends.
 /// Errors:    a buffer whose file cannot be read is passed over.
@@ -29,8 +31,7 @@ class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubs
   /// Loads until Stop; returns 0.
   int Begin(void*) override;
 
-  /// Stops the thread and waits for it.  In a child made by fork, which has no such thread, it
-  /// leaves all alone.
+  /// Stops the thread and waits for it.
   ~VorFileBufferPoolThread() override;
 
   /// Ends the thread after the file that it is reading, and gives back the buffers that wait.

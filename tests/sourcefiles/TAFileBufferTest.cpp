@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -103,6 +104,8 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
 TEST(TAFileBuffer, ParkedLoopEndsWhenTheProcessExits) {
   static std::atomic<bool> hasEnded{false};
   const auto park = [] {
+    static auto list = std::make_unique<VorListPtrTAFileBuffer>(100);  // gone before the loop ends
+    TAFileBuffer::ASyncLoadList = list.get();
     TAFileBuffer::ASyncLoadRunning = 1;
     std::thread([] {
       TAFileBuffer::ASyncLoad(0, nullptr);

@@ -136,8 +136,13 @@ TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
   EXPECT_TRUE(GetsLoaded(buffers[0]));  // and the thread sleeps
   pool->append(buffers[1]);
   EXPECT_TRUE(GetsLoaded(buffers[1]));
-  EXPECT_EQ(InProcess([&pool] { return pool.reset(), 0; }),
-            0);  // waits for no thread of its parent
+  // A child neither waits for the thread of its parent nor tells it anything.
+  EXPECT_EQ(InProcess([&] {
+              pool->append(buffers[2]);
+              pool.reset();
+              return buffers[0]->Release() + buffers[2]->Release();
+            }),
+            0);
   pool.reset();
   EXPECT_EQ(buffers[0]->getBufferSize(), 100);  // outlives the pool
   EXPECT_EQ(InProcess([&] {
