@@ -10,6 +10,7 @@
 #include "filenames/TAFileName.h"
 #include "sourcefiles/Gate.h"
 #include "sourcefiles/WholeFile.h"
+#include "thread/IrixLockDriver.h"
 #include "thread/LockHolder.h"
 #include "thread/TAThreadLock.h"
 
@@ -17,9 +18,22 @@ namespace {
 
 constexpr int kOverload = 0x9C4000;  // bytes
 
-// A lock whose waiters sleep, since the loop may wait for hours.
+// There in every process, with a loop or without: the arena is made when it is first taken.
+class LoopLock : public TAThreadLock {
+ public:
+  LoopLock() : TAThreadLock(WithoutArena()) {}
+
+  int GetLock() override {
+    irixLockDriver.ActivateDriver();
+    return TAThreadLock::GetLock();
+  }
+};
+
+// A lock whose waiters sleep, since the loop may wait for hours; so it needs no arena.
 class SleepingLock : public TAThreadLock {
  public:
+  SleepingLock() : TAThreadLock(WithoutArena()) {}
+
   int GetLock() override {
     _gate.PassAndClose();
     return 1;
@@ -97,7 +111,7 @@ void WaitWhileOverloaded() {
 std::atomic<int> TAFileBuffer::ASyncBufferSize{0};
 std::atomic<int> TAFileBuffer::ASyncOverloadFlag{0};
 std::atomic<int> TAFileBuffer::ASyncLoadRunning{0};
-TAThreadLock& TAFileBuffer::ASyncLock = *new TAThreadLock;
+TAThreadLock& TAFileBuffer::ASyncLock = *new LoopLock;
 TAThreadLock& TAFileBuffer::ASyncPause = *new SleepingLock;
 TAThreadLock& TAFileBuffer::ASyncOverloadLock = *new SleepingLock;
 VorListPtrTAFileBuffer* TAFileBuffer::ASyncLoadList = nullptr;

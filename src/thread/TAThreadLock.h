@@ -27,6 +27,11 @@ class VOR_API TAThreadLock {
 
   virtual ~TAThreadLock();
 
+ protected:
+  /// For locks that are there in every process: makes no arena, which is left to their first use.
+  struct WithoutArena {};
+  explicit TAThreadLock(WithoutArena) {}
+
  private:
   std::atomic<bool> _lockWord{false};
 };
