@@ -54,7 +54,7 @@ class VOR_API TAFileBuffer {
   /// waits for ASyncOverloadLock, until the tool has lowered ASyncBufferSize and released that
   /// lock.  It returns when ASyncLoadRunning is 0.
   static void ASyncLoad(int, const char**);
-  /// Ends the loop if it is parked; called when the process exits, too.
+  /// Ends the loop if it is parked; called in the process of the loop when it exits, too.
   static void ASyncCleanup();
 
   /// Bytes read by all calls of LoadFile.  The library only increases it.

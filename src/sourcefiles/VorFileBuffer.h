@@ -47,7 +47,8 @@ class VOR_API VorFileBuffer : public TACallbackPublisher {
   /// the text, a message is printed on standard output.
   void loadFile() noexcept;
 
-  /// The list of subscribers is guarded by the buffer's lock.
+  /// The list of subscribers is guarded by the buffer's lock, which the base class does not know:
+  /// outside of a callback, these are not called through it.
   void AddSubscriber(TACallbackSubscriber* subscriber);
   void RemoveSubscriber(TACallbackSubscriber* subscriber);
 

@@ -8,8 +8,9 @@
 /// Sets up, once in a process, the arena that the locks of its threads belong to: a small file
 /// /tmp/TABaseArena_PID, mapped by the process and named after it.
 ///
-/// There is one instance, irixLockDriver.  The constructor of every lock activates it; tools need
-/// not touch it.  The file shows which processes use the locks.
+/// There is one instance, irixLockDriver.  The constructor of every lock activates it, except that
+/// those which are there in every process leave it to their first use; tools need not touch it. The
+/// file shows which processes use the locks.
 ///
 /// Ownership: the process that made the file unmaps and removes it when it exits.  A child made by
 ///            fork counts as active, makes no arena of its own and leaves its parent's alone.
