@@ -209,10 +209,11 @@ TEST_F(TAFileNameOnDisk, WorkDirIsTheShellsIfItSaysSoAndTooLongWith1024Bytes) {
   std::filesystem::path deep = _dir.Path();
   while (deep.native().size() < 820) deep /= std::string(200, 'd');
   deep /= std::string(1022 - deep.native().size(), 'e');  // 1023 bytes and the terminator
-  std::filesystem::create_directories(deep / "f");
+  std::filesystem::create_directories(deep);
   std::filesystem::current_path(deep);
   EXPECT_EQ(Text(TAFileName::GetWorkDir()), deep.native());
-  std::filesystem::current_path("f");
+  std::filesystem::create_directory(deep += "f");
+  std::filesystem::current_path(deep);
   EXPECT_TRUE(TAFileName::GetWorkDir().IsNull());
 }
 

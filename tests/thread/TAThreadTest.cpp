@@ -28,9 +28,13 @@ struct Watched : TAThread {
 
 }  // namespace
 
-TEST(TAThread, GivesItsFunctionTheArguments) {
+TEST(TAThread, GivesItsFunctionTheArgumentsOrSaysThatItHasNone) {
   static std::string seen;
   TAThread thread;
+  testing::internal::CaptureStdout();
+  thread.Start();
+  TAThread::WaitForAll();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "TAThread::Run No function to run !\n");
   EXPECT_STREQ(thread.SetArgs("gone", nullptr)[0], "gone");
   const char** args = thread.SetArgs(
       [](int argc, const char** argv) {
@@ -76,14 +80,6 @@ TEST(TAThread, DeletesTheDetachedOnes) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST(TAThread, WithoutAFunctionSaysSo) {
-  testing::internal::CaptureStdout();
-  TAThread thread;
-  thread.Start();
-  TAThread::WaitForAll();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "TAThread::Run No function to run !\n");
-}
-
 TEST(TAThread, TellsWhenThereIsNoThreadToBeHad) {
   signal(SIGCHLD, SIG_DFL);  // earlier threads have had it ignored
   EXPECT_EQ(InProcess([] {
@@ -91,8 +87,7 @@ TEST(TAThread, TellsWhenThereIsNoThreadToBeHad) {
               pthread_attr_init(&attributes);
               pthread_attr_setstacksize(&attributes, std::size_t{1} << 46);
               if (pthread_setattr_default_np(&attributes) != 0) return 2;
-              TAThread thread(CountCall);
-              return thread.Start();
+              return TAThread(CountCall).Start();
             }),
             1);
 }
@@ -104,8 +99,7 @@ TEST(TAThread, ThoseThatOutliveTheProcessLeaveItInPeace) {
               TAThread::exitCalled();
               (new TAThread(CountCall))->Start();
               // It keeps the account locked, so nothing may be asked of it any more.
-              while (calls == 0) {
-              }
+              while (calls == 0) continue;
               return 0;
             }),
             0);
