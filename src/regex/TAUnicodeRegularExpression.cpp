@@ -305,7 +305,7 @@ int TAUnicodeRegularExpression::CheckFromFilter(const VorUnicodeString& subject)
       result = nullptr;  // no memory to remember it
     }
   }
-  if (subject.IsNull() != 0 || !_matches(subject)) return 0;
+  if (!_matches(subject)) return 0;
   if (result != nullptr) *result = 1;
   return 1;
 }

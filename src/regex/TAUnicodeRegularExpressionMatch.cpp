@@ -270,5 +270,6 @@ bool TAUnicodeRegularExpression::Walk::IsAskedFirst(int position) {
 }
 
 bool TAUnicodeRegularExpression::_matches(const VorUnicodeString& subject) {
-  return Walk(*this, subject).Matches();
+  Walk walk(*this, subject);  // for an empty text too: where lexemes were tried is forgotten
+  return subject.IsNull() == 0 && walk.Matches();
 }

@@ -103,6 +103,8 @@ TEST(UnicodeFilter, DumpToTheByte) {
             "     +++   1 /  0 : \xff : \0\n"
             " ----    1 /    5  :    0  :    1  :   -1  :   -1  :    1\n"
             " ------------------------------------------\n"s);
+  filter.CheckFromFilter(nullptr);  // forgets where lexemes were tried, as any match does
+  EXPECT_EQ(Dump(filter), Dump(TAUnicodeRegularExpression(filter)));
 }
 
 TEST(UnicodeFilter, Matches) {
