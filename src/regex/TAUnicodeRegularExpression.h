@@ -31,14 +31,19 @@ enum URE_type : int {
 /// Everything else is literal, also the backslash and, outside a block, "]".  There is no escape:
 /// inside brackets only, "*", "." and "[" stand for themselves.  Letters are never folded.
 ///
-/// Blanks around a filter and around a tested text do not count.  A filter is compiled when it is
-/// set, and never refused: a class name that is unknown, ":xdigit:" among them, or a count that is
-/// no number ends its block, which then tests nothing, and the rest is read as text.
+/// Blanks around a filter and around a tested text do not count, but see CheckFromFilter.  A filter
+/// is compiled when it is set, and never refused: a block without its end goes to the end of the
+/// filter, and an empty count, or one too large for an int, is one.  A class name that is unknown,
+/// ":xdigit:" among them, or a count that is no number ends its block, which then accepts no
+/// character, or any if negated; the filter goes on outside brackets with the second character of
+/// that name or count.
 ///
 /// Ownership: keeps copies of filters and texts.  Results are remembered by filter and text for the
 ///            life of the object; that memory only grows.  Copies compile afresh and start with
 ///            nothing remembered.
-/// Errors:    nothing is printed or thrown; SetFilter reports missing memory.
+/// Errors:    nothing is thrown.  SetFilter reports missing memory for the compiled form; without
+///            memory for a copy of a text or for a new set of results the process ends, and a
+///            result that there is no memory for is not remembered, of which the map prints a line.
 /// Threads:   distinct objects are independent; matching changes the object, so one object must not
 ///            be used by two threads at once.
 class VOR_API TAUnicodeRegularExpression {
@@ -56,7 +61,8 @@ class VOR_API TAUnicodeRegularExpression {
   /// only accepts nothing.
   ///
   /// Results are remembered under the filter as given and looked up under the filter without
-  /// blanks around it, so one that is given with such blanks is matched afresh each time.
+  /// blanks around it, so one that is given with such blanks is matched afresh each time, unless it
+  /// was set without them before.
   ///
   /// Returns 0; 1 if there was no memory, the object must then not be asked until another filter is
   /// set.
@@ -74,8 +80,7 @@ class VOR_API TAUnicodeRegularExpression {
   /// Variable parts start empty and grow by one character at a time, the latest first.  Callers
   /// rely on what is particular to this search:
   ///  - literal text is compared with \a subject as given, at positions that do not count the
-  ///  blanks
-  ///    before it: "abc" refuses " abc";
+  ///    blanks before it: "abc" refuses " abc";
   ///  - a repeated block that was tried before does not go back to the empty run when something
   ///    before it has grown: "*[a]*" refuses "b";
   ///  - when "*" has no place left for the literal text behind it, nothing else is tried;
@@ -87,7 +92,8 @@ class VOR_API TAUnicodeRegularExpression {
   int _checkCharacterRule(const VorUnicodeChar& c, int op) const;
 
   /// Prints the compiled form on standard output and flushes it.  The closing lexeme is not listed,
-  /// and the count is one too low for that reason; readers of the dump rely on both.
+  /// and the count is one too low for that reason; readers of the dump rely on both.  Where lexemes
+  /// were tried (Anl) is left from the last match and tells nothing else.
   void _print() const;
 
  private:
