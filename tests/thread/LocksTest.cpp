@@ -19,10 +19,14 @@ namespace {
 template <typename Take, typename Release>
 void ExpectExclusion(Take take, Release release) {
   long count = 0;
+  std::atomic<int> started{0};
   const auto work = [&] {
+    for (++started; started < 2;) std::this_thread::yield();
     for (int i = 0; i < 2000; ++i) {
       EXPECT_EQ(take(), 1);
-      ++count;
+      const long seen = count;
+      if (i % 100 == 0) std::this_thread::yield();  // the best moment for the other one to get in
+      count = seen + 1;
       EXPECT_EQ(release(), 1);
     }
   };
