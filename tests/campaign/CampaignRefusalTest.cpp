@@ -34,9 +34,7 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {run, "the expression is missing"},
       {run + "'*' '*'", "more than one expression"},
       {run + "--jobs 0 '*'", "--jobs takes a whole number from 1 on, not '0'"},
-      {run + "--jobs 2x '*'", "--jobs takes a whole number"},
       {run + "--timeout -1 '*'", "--timeout takes a whole number from 0 on"},
-      {run + "--frobnicate '*'", "unknown option --frobnicate"},
       {run + "-xy '*'", "unknown option -x"},
       {run + "'*' --jobs", "--jobs needs a value"},
       {run + "--owners org", "--owners needs 2 values, ORG KVR"},
@@ -44,11 +42,8 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {run + "--results " + _dir / "file" + " '*'", "cannot make the folder"},
       {run + "--junit " + _dir / "no/folder" + " '*'", "cannot write"},
       {"run --tests " + _dir / "missing" + " '*'", "missing: No such file"},
-      {"run --tests " + _dir.Path() + " '*'", "Is a directory"},
       {run + "'*' --load '" + control + ";' scott x db", "cannot be given a file named"},
-      {run + "'*' --load " + _dir / "none" + " scott x db", "cannot read"},
       {run + "'*' --load " + _dir.Path() + " scott x db", "Is a directory"},
-      {load + "'tiger ' x db", "the user is empty or holds characters"},
       {load + "scott '$(tiger)' db", "the password is empty or holds characters"},
       {load + "scott env:tiger db", "that holds the password is not set"},
       {load + "scott file:tiger db", "cannot read the file that holds the password"},
@@ -67,9 +62,7 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {serve + "0 '*'", "serve takes no expression"},
       {serve + "0 --junit x", "unknown option --junit"},
       {serve + "0 --token " + _dir.Write("empty", "\n"), "does not hold a token"},
-      {serve + "0 --token " + _dir / "missing", "missing: No such file"},
       {"request --host localhost --port 1 '*'", "unable to connect client socket to server", 3},
-      {"request --host no.such.host.invalid --port 1 '*'", "unknown host", 3},
   };
   for (const auto& row : rows) {
     const Outcome refused = Campaign(row.arguments);

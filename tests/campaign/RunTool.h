@@ -15,19 +15,17 @@ struct Outcome {
   std::string output;  // standard output and standard error
 };
 
-inline std::string ReadAll(FILE* stream) {
-  std::string text;
-  for (int c; (c = getc(stream)) != EOF;) text.push_back(static_cast<char>(c));
-  return text;
+/// Waits for the end of what popen has started.
+inline Outcome End(FILE* stream) {
+  Outcome run;
+  for (int c; (c = getc(stream)) != EOF;) run.output.push_back(static_cast<char>(c));
+  run.status = WEXITSTATUS(pclose(stream));
+  return run;
 }
 
 /// Runs the tool campaign through a shell; \a before may set its environment.
 inline Outcome Campaign(const std::string& arguments, const std::string& before = "") {
-  Outcome run;
-  FILE* stream = popen((before + VOR_CAMPAIGN " " + arguments + " 2>&1").c_str(), "r");
-  run.output = ReadAll(stream);
-  run.status = WEXITSTATUS(pclose(stream));
-  return run;
+  return End(popen((before + VOR_CAMPAIGN " " + arguments + " 2>&1").c_str(), "r"));
 }
 
 class CampaignTest : public testing::Test {
