@@ -158,6 +158,15 @@ TEST(VorHashSCMap, DoesWhatTheNaiveMapDoes) {
   }
 }
 
+// "a", "i" and "q" share a bucket of 8; of 16, "i" has one of its own.
+TEST(VorHashSCMap, WalksInTheRecordedOrder) {
+  VorHashSCMap map(nullptr);
+  for (const char* key : {"a", "i", "q", "", "d"}) map.insert(key, nullptr);
+  EXPECT_THAT(Keys(map), ElementsAre("", "q", "i", "a", "d"));
+  map.insert("b", nullptr);  // the sixth: 16 buckets
+  EXPECT_THAT(Keys(map), ElementsAre("", "a", "q", "b", "d", "i"));
+}
+
 TEST(VorHashSCMap, CountsAPairWhoseKeyThePoolCannotHold) {
   VorStringPool pool;
   VorHashSCMap map(&pool);
@@ -240,6 +249,11 @@ TEST(VorHashRWMap, KeepsItsWalkUntilAChange) {
   map.remove("a");
   EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("b"));
   map.clear();
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre());
+
+  map.insert("c", nullptr);
+  EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre("c"));
+  static_cast<VorHashSCMap&>(map).Init(8, 0.75F);
   EXPECT_THAT(Keys(map.getIteratorRef()), ElementsAre());
 }
 

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <future>
+#include <set>
 #include <string>
 
 #include "support/TempDir.h"
@@ -237,4 +239,16 @@ TEST(TAFileNameDeathTest, TemporaryNamesAreNumberedFromOneOn) {
     return Text(TAFileName::GetTemporaryFileName()) == stem + number;
   };
   EXPECT_EXIT(_exit(isNumber("1") && isNumber("2") ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST(TAFileName, TemporaryNamesDifferAcrossThreads) {
+  const auto draw = [] {
+    std::set<std::string> names;
+    for (int i = 0; i < 1000; ++i) names.insert(Text(TAFileName::GetTemporaryFileName()));
+    return names;
+  };
+  auto other = std::async(std::launch::async, draw);
+  std::set<std::string> all = draw();
+  all.merge(other.get());
+  EXPECT_EQ(all.size(), 2000u);
 }

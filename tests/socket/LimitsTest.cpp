@@ -1,12 +1,37 @@
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "socket/Peers.h"
+
+namespace {
+
+constexpr int kLarge = 5000;  // bytes of allocations that may fail
+
+thread_local int granted = -1;  // large allocations before one fails; -1 if none does
+
+}  // namespace
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (granted >= 0 && size >= std::size_t{kLarge} && granted-- == 0) return nullptr;
+  return malloc(size == 0 ? 1 : size);
+}
+void* operator new(std::size_t size) {
+  void* const memory = operator new(size, std::nothrow);
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  free(memory);
+}
 
 TEST(Limits, EndReadsThatAPeerDrawsOut) {
   const struct {
@@ -55,8 +80,38 @@ TEST(Limits, AreOfEachReadByItself) {
   Ours ours;
   ours.SetReadLimits(60, static_cast<int>(named.size()));
   const std::string fits = Header(54) + std::string(54, 'x');
-  const RawPeer peer(ours, fits + named);
+  const RawPeer peer(ours, fits + fits + named);
   EXPECT_EQ(ours.Text(), 0);
+  EXPECT_EQ(ours.List(), 0);
   EXPECT_EQ(ours.Text(), 1);  // bounded as the bytes that stand for it are
   EXPECT_EQ(ours.Message(), kNotFull);
+}
+
+TEST(Limits, ReadsWithoutMemoryEndInTheirError) {
+  const std::string word(kLarge, 'w');
+  const std::string plain = Header(kLarge) + word;
+  const std::string ofNul = plain.substr(0, kLarge + 3) + '\0';
+  const std::string named =
+      kMark + Integer(0) + Word(word) + Integer(-1) + Integer(2) + Integer(0) + Integer(0);
+  const struct {
+    Reading read;
+    std::string bytes;
+    const char* message = kNotFull;
+  } rows[] = {{&Ours::Text, plain}, {&Ours::Text, ofNul}, {&Ours::List, plain},
+              {&Ours::Text, named}, {&Ours::List, named}, {&Ours::String, Word(word), kNoSize}};
+  for (const auto& row : rows) {
+    int failures = 0;
+    for (bool failed = true; failed; failures += failed) {
+      Ours ours;
+      const RawPeer peer(ours, row.bytes);
+      granted = failures;
+      const int result = (ours.*row.read)();
+      failed = granted < 0;
+      granted = -1;
+      ASSERT_EQ(result, failed ? 1 : 0) << ours.Message();
+      EXPECT_EQ(ours.Message(), failed ? row.message : "no error on socket");
+      EXPECT_TRUE(!failed || ours.Value().empty());
+    }
+    EXPECT_GT(failures, 0) << row.message;
+  }
 }
