@@ -100,8 +100,7 @@ TEST(TAPPath, HoldsItsNames) {
   TAPPath path(&name), longer(&path, &name), copy(longer);
   EXPECT_STREQ(copy[2]->GetName(), "a");
   name.Release();  // what copy[2] gave
-  EXPECT_DEATH(copy[0], "\nTAPPath::\\[\\] : bad index\n");
-  EXPECT_DEATH(copy[3], "\nTAPPath::\\[\\] : bad index\n");
+  for (int i : {0, 3}) EXPECT_DEATH(copy[i], "\nTAPPath::\\[\\] : bad index\n");
 }
 
 TEST(TAPObject, HoldsItsPathAndItsValues) {

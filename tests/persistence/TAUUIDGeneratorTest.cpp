@@ -18,16 +18,12 @@
 
 namespace {
 
-// The bits of a text, six for each character.
-std::string Bits(const std::string& text) {
+// Of a text, each character of which tells six bits.
+int Field(const std::string& text, std::size_t byte, std::size_t bytes) {
   const std::string alphabet = "+-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
   std::string bits;
   for (char c : text) bits += std::bitset<6>(alphabet.find(c)).to_string();
-  return bits;
-}
-
-int Field(const std::string& text, std::size_t byte, std::size_t bytes) {
-  return static_cast<int>(std::stoul(Bits(text).substr(byte * 8, bytes * 8), nullptr, 2));
+  return static_cast<int>(std::stoul(bits.substr(byte * 8, bytes * 8), nullptr, 2));
 }
 
 std::vector<std::string> Draw(int count) {
