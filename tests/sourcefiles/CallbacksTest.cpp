@@ -10,22 +10,19 @@
 namespace {
 
 // Writes its letter into a log, and then does what it was told to.
-class Logger : public TACallbackSubscriber {
- public:
-  Logger(char letter, std::string& log) : _letter(letter), _log(log) {}
+struct Logger : TACallbackSubscriber {
+  Logger(char itsLetter, std::string& itsLog) : letter(itsLetter), log(itsLog) {}
 
   int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent* event) override {
     EXPECT_STREQ(event->GetEventName(), "EventBufferDeletion");
-    _log += _letter;
+    log += letter;
     if (then) then(*publisher);
     return 7;
   }
 
+  const char letter;
+  std::string& log;
   std::function<void(TACallbackPublisher&)> then;
-
- private:
-  const char _letter;
-  std::string& _log;
 };
 
 }  // namespace

@@ -85,6 +85,5 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
   ASSERT_TRUE(IsParked());
   TAFileBuffer::ASyncCleanup();
   loop.join();
-  EXPECT_EQ(TAFileBuffer::ASyncLoadRunning, 0);
   TAFileBuffer::ASyncLoadList = nullptr;
 }

@@ -21,8 +21,7 @@
 namespace {
 
 // Counts the deletions that it hears of.
-class Listener : public TACallbackSubscriber {
- public:
+struct Listener : TACallbackSubscriber {
   int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent*) override {
     auto* const buffer = static_cast<VorFileBuffer*>(publisher);
     size += buffer->getBufferSize();
@@ -99,8 +98,7 @@ TEST(VorFileBuffer, TellsOfTheReleaseWhileTheTextIsThere) {
 
 TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
   const TempDir dir;
-  const std::vector<VorFileBuffer*> buffers =
-      MakeBuffers(dir.Write("file", std::string(100, 'x')), 3);
+  const std::vector<VorFileBuffer*> buffers = MakeBuffers(dir.Write("file", "12345"), 3);
   auto pool = std::make_unique<VorFileBufferPool>();
   pool->append(nullptr);
   pool->append(buffers[0]);
@@ -115,12 +113,12 @@ TEST(VorFileBufferPool, LoadsAheadAndWithoutAThreadNot) {
             }),
             0);
   pool.reset();
-  EXPECT_EQ(buffers[0]->getBufferSize(), 100);  // outlives the pool
+  EXPECT_EQ(buffers[0]->getBufferSize(), 5);  // outlives the pool
   EXPECT_EQ(InProcess([&] {
               if (VorFileBufferPool::disableMultiThread() != 1) return 1;
               VorFileBufferPool().append(buffers[2]);
               // Nobody else holds a reference.
-              return buffers[2]->getBufferSize() == 100 && buffers[2]->Release() == 0 ? 0 : 2;
+              return buffers[2]->getBufferSize() == 5 && buffers[2]->Release() == 0 ? 0 : 2;
             }),
             0);
   for (VorFileBuffer* buffer : buffers) EXPECT_EQ(buffer->Release(), 0);

@@ -44,43 +44,31 @@ TEST_F(Responsibles, OfFrameworksAndModules) {
   EXPECT_STREQ(_helper.getModuleLongResponsible("", "m"), "Some. Team.ab.");
   for (const char* unknown : {static_cast<const char*>(nullptr), "FW", "fw1"}) {
     EXPECT_EQ(_helper.getFrameworkLongResponsible(unknown), nullptr);
-    EXPECT_EQ(_helper.getModuleLongResponsible(unknown, "m1"), nullptr);
     EXPECT_EQ(_helper.getModuleLongResponsible("FW1", unknown), nullptr);
   }
 }
 
 TEST_F(Responsibles, OrganisationLines) {
-  std::vector<std::pair<std::string, std::string>> table = {
-      // line, code; "" for a bad line
-      {"SomeTeamName.ab.", "AB"},
-      {"abcde.x.", "X"},
-      {"....abc.", "ABC"},
-      {"orgname.a-b.", "A-B"},
-      {"orgname.\xe9z.", "\xe9Z"},
-      {"xyzw.abcd.", ""},
-      {"orgname..", ""},
-      {"abcd.x.", ""},
-      {"orgname.ab", ""},
-      {"organisation.", ""},
-      {"org.ab. ", ""},
-      {"orgname.cd.\r", ""},
-  };
+  std::vector<std::pair<std::string, std::string>> codes = {
+      {"SomeName.ab.", "AB"}, {"abcde.x.", "X"}, {"....abc.", "ABC"}, {"orgname.\xe9z.", "\xe9Z"}};
   // Around the size of the read buffer and its double, so that each falls across its end.
   for (const int size : {10, 63980, 64000, 64001, 127999, 200000, 20}) {
     const std::string code = std::to_string(100 + size % 97);
-    table.emplace_back(std::string(size, 'x') + "." + code + ".", code);
+    codes.emplace_back(std::string(size, 'x') + "." + code + ".", code);
   }
   std::string org, kvr, want;
-  for (const auto& [line, code] : table) {
+  for (const std::string bad : {"xyzw.abcd.", "orgname..", "abcd.x.", "one dot.", "org.cd.\r"}) {
+    org += bad + "\n";
+    want += "# ERROR: Bad line in file " + _dir / "org" + ": " + bad + "\n";
+  }
+  for (const auto& [line, code] : codes) {
     org += line + "\n";
-    if (code.empty()) want += "# ERROR: Bad line in file " + _dir / "org" + ": " + line + "\n";
-    if (!code.empty()) kvr += "a b c d Fw:" + line + " Resp:" + code + "\n";
+    kvr += "a b c d Fw:" + line + " Resp:" + code + "\n";
   }
   Parse(org, kvr);
   EXPECT_EQ(_printed, want);
-  for (const auto& [line, code] : table) {
-    const char* const found = _helper.getFrameworkLongResponsible(line.c_str());
-    EXPECT_STREQ(found, code.empty() ? nullptr : line.c_str());
+  for (const auto& [line, code] : codes) {
+    EXPECT_STREQ(_helper.getFrameworkLongResponsible(line.c_str()), line.c_str());
   }
 }
 
