@@ -1,13 +1,19 @@
 #include "sourcefiles/TAFileBuffer.h"
 
 #include <gtest/gtest.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <memory>
 #include <string>
 #include <thread>
 
 #include "base/NamedLists.h"
 #include "filenames/TAFileName.h"
 #include "support/Eventually.h"
+#include "support/InProcess.h"
 #include "support/TempDir.h"
 #include "thread/TAThreadLock.h"
 
@@ -60,7 +66,8 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
   TAFileBuffer::ASyncLoad(0, nullptr);  // returns, as it is not to run
 
   const TempDir dir;
-  TAFileBuffer buffer(dir.Write("file", "1").c_str(), 0);
+  TAFileBuffer first(dir.Write("first", "1").c_str(), 0);
+  TAFileBuffer second(dir.Write("second", "22").c_str(), 0);
   VorListPtrTAFileBuffer list;
   TAFileBuffer::ASyncLoadList = &list;
   TAFileBuffer::ASyncBufferSize = 0x9C4000;
@@ -70,7 +77,7 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
   ASSERT_TRUE(IsParked());
 
   TAFileBuffer::ASyncLock.GetLock();
-  list.Append(&buffer);
+  list.Append(&first);
   TAFileBuffer::ASyncLoadRunning = 1;
   TAFileBuffer::ASyncPause.ReleaseLock();
   TAFileBuffer::ASyncLock.ReleaseLock();
@@ -78,12 +85,44 @@ TEST(TAFileBuffer, LoopLoadsParksAndWaitsWhileOverloaded) {
   EXPECT_EQ(TAFileBuffer::ASyncBufferSize, 0x9C4001);
 
   TAFileBuffer::ASyncLock.GetLock();
-  list.RemoveAll(VorCollec::ReleaseMemory);
+  list[1] = &second;
   TAFileBuffer::ASyncBufferSize = 0;
   TAFileBuffer::ASyncOverloadLock.ReleaseLock();
+  TAFileBuffer::ASyncLock.ReleaseLock();
+  EXPECT_TRUE(Eventually([] { return TAFileBuffer::ASyncBufferSize == 2; }));
+
+  TAFileBuffer::ASyncLock.GetLock();
+  list.RemoveAll(VorCollec::ReleaseMemory);
   TAFileBuffer::ASyncLock.ReleaseLock();
   ASSERT_TRUE(IsParked());
   TAFileBuffer::ASyncCleanup();
   loop.join();
+  EXPECT_EQ(TAFileBuffer::ASyncLoadRunning, 0);
   TAFileBuffer::ASyncLoadList = nullptr;
+}
+
+TEST(TAFileBuffer, ParkedLoopEndsWhenTheProcessExits) {
+  static std::atomic<bool> hasEnded{false};
+  const auto park = [] {
+    static auto list = std::make_unique<VorListPtrTAFileBuffer>(100);  // gone before the loop ends
+    TAFileBuffer::ASyncLoadList = list.get();
+    TAFileBuffer::ASyncLoadRunning = 1;
+    std::thread([] {
+      TAFileBuffer::ASyncLoad(0, nullptr);
+      hasEnded = true;
+    }).detach();
+    if (!IsParked()) return 1;
+    // A child made by fork has no loop to end, and exits even if the lock was held at that time.
+    TAFileBuffer::ASyncLock.GetLock();
+    if (InProcess([]() -> int { exit(4); }) != 4) return 2;
+    TAFileBuffer::ASyncLock.ReleaseLock();
+    // Streams are flushed after all static objects are gone.
+    cookie_io_functions_t flush = {};
+    flush.write = [](void*, const char*, std::size_t) -> ssize_t {
+      _exit(Eventually([] { return hasEnded.load(); }) ? 3 : 5);
+    };
+    fputs("last", fopencookie(nullptr, "w", flush));
+    return 0;
+  };
+  EXPECT_EXIT(exit(park()), testing::ExitedWithCode(3), "");
 }
