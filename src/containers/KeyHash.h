@@ -92,6 +92,25 @@ inline std::uint32_t KeyHash(const char* key, std::size_t length) {
   return hash;
 }
 
+/// Whether two texts of \a length bytes are the same, for texts that most likely are.
+inline bool IsSameText(const char* one, const char* other, std::size_t length) {
+#if defined(__SSE2__)
+  if (length >= keyhash::kPiece) {
+    const auto isSame = [one, other](std::size_t at) {
+      return _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(one + at)),
+                            _mm_loadu_si128(reinterpret_cast<const __m128i*>(other + at)));
+    };
+    const std::size_t last = length - keyhash::kPiece;
+    __m128i same = isSame(last);
+    for (std::size_t at = 0; at < last; at += keyhash::kPiece) {
+      same = _mm_and_si128(same, isSame(at));
+    }
+    return _mm_movemask_epi8(same) == 0xFFFF;
+  }
+#endif
+  return memcmp(one, other, length) == 0;
+}
+
 }  // namespace vor
 
 #endif  // VOR_CONTAINERS_KEYHASH_H

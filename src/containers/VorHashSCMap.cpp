@@ -16,6 +16,8 @@
 
 namespace {
 
+using Node = VorHashSCMap::node;
+
 constexpr int kSmallestSize = 8;
 constexpr float kDefaultLoadFactor = 0.75F;
 constexpr int kNodesInBlock = 20000;
@@ -27,7 +29,7 @@ constexpr std::uint64_t kNoKey = 0xFFFFFFFFU;
 constinit std::mutex freeNodesMutex;
 
 std::size_t BytesOf(int buckets) {
-  return static_cast<std::size_t>(buckets) * (sizeof(VorHashSCMap::node) + 1);
+  return static_cast<std::size_t>(buckets) * (sizeof(Node) + 1);
 }
 
 std::size_t BucketOf(std::uint64_t digest, int buckets) {
@@ -43,10 +45,8 @@ unsigned char MarkOf(std::uint64_t digest) {
   return static_cast<unsigned char>(1U << (static_cast<std::uint32_t>(digest) * 0x9E3779B1U >> 29));
 }
 
-}  // namespace
-
 // A key with all that a look-up needs to know of it.
-struct VorHashSCMap::Key {
+struct Key {
   explicit Key(const char* key) : text(key), length(strlen(key)) {
     const std::uint64_t told = length < kLongKey ? length : kLongKey;
     digest = told << 32 | vor::KeyHash(key, length);
@@ -58,11 +58,43 @@ struct VorHashSCMap::Key {
 };
 
 // The buckets of a map, or those that it grows to.
-struct VorHashSCMap::Buckets {
-  node* table;
+struct Buckets {
+  Node* table;
   unsigned char* marks;
   int size;
 };
+
+bool Equals(const Node& pair, const Key& key) {
+  if (pair.digest != key.digest) return false;
+  if (key.length >= kLongKey) return strcmp(pair.key, key.text) == 0;
+  return vor::IsSameText(pair.key, key.text, key.length);
+}
+
+Node* Find(const Buckets& buckets, const Key& key) {
+  const std::size_t bucket = BucketOf(key.digest, buckets.size);
+  Node* head = buckets.table + bucket;
+  __builtin_prefetch(head);
+  if ((buckets.marks[bucket] & MarkOf(key.digest)) == 0) return nullptr;
+  while (head != nullptr && !Equals(*head, key)) head = head->next;
+  return head;
+}
+
+// Puts a pair in front of its chain.  The pair that stood in the table moves to the spare node; an
+// empty bucket needs none.
+void AddFront(const Buckets& buckets, const Node& pair, Node* spare) {
+  const std::size_t bucket = BucketOf(pair.digest, buckets.size);
+  Node& head = buckets.table[bucket];
+  Node* next = nullptr;
+  if (buckets.marks[bucket] != 0) {
+    *spare = head;
+    next = spare;
+  }
+  head = pair;
+  head.next = next;
+  buckets.marks[bucket] |= MarkOf(pair.digest);
+}
+
+}  // namespace
 
 VorHashSCMap::node* VorHashSCMap::firstFree = nullptr;
 
@@ -98,30 +130,9 @@ int VorHashSCMap::getSize() {
   return _count;
 }
 
-bool VorHashSCMap::Equals(const node& pair, const Key& key) {
-  if (pair.digest != key.digest) return false;
-  if (key.length >= kLongKey) return strcmp(pair.key, key.text) == 0;
-  return memcmp(pair.key, key.text, key.length) == 0;
-}
-
-VorHashSCMap::node* VorHashSCMap::FindIn(node* head, const Key& key) {
-  for (; head != nullptr; head = head->next) {
-    if (Equals(*head, key)) return head;
-  }
-  return nullptr;
-}
-
-VorHashSCMap::node* VorHashSCMap::Find(const Key& key) const {
-  const std::size_t bucket = BucketOf(key.digest, _maxSize);
-  node* head = _table + bucket;
-  __builtin_prefetch(head);
-  if ((_marks[bucket] & MarkOf(key.digest)) == 0) return nullptr;
-  return FindIn(head, key);
-}
-
 int VorHashSCMap::search(const char* key, void** value) {
   if (value == nullptr) return 0;  // callers count on this, also for a key that is present
-  const node* found = Find(Key(key));
+  const node* found = Find({_table, _marks, _maxSize}, Key(key));
   if (found == nullptr) return 0;
   *value = found->value;
   return 1;
@@ -141,7 +152,8 @@ int VorHashSCMap::searchR(node* head, const char* key, void** value) {
 const char* VorHashSCMap::insert(const char* key, void* value) {
   if (key == nullptr) return nullptr;
   const Key text(key);
-  if (Find(text) != nullptr) return nullptr;
+  const Buckets buckets = {_table, _marks, _maxSize};
+  if (Find(buckets, text) != nullptr) return nullptr;
 
   node* spare = nullptr;  // for the pair that the new one takes the place of
   if (_marks[BucketOf(text.digest, _maxSize)] != 0) {
@@ -150,25 +162,10 @@ const char* VorHashSCMap::insert(const char* key, void* value) {
   }
   node pair = {CopyOf(key), value, nullptr, text.digest};
   if (pair.key == nullptr) pair.digest |= kNoKey << 32;
-  AddFront({_table, _marks, _maxSize}, pair, spare);
+  AddFront(buckets, pair, spare);
   ++_count;
   if (_loadFactor * static_cast<float>(_maxSize) <= static_cast<float>(_count)) Grow();
   return pair.key;
-}
-
-// Puts a pair in front of its chain.  The pair that stood in the table moves to the spare node; an
-// empty bucket needs none.
-void VorHashSCMap::AddFront(const Buckets& buckets, const node& pair, node* spare) {
-  const std::size_t bucket = BucketOf(pair.digest, buckets.size);
-  node& head = buckets.table[bucket];
-  node* next = nullptr;
-  if (buckets.marks[bucket] != 0) {
-    *spare = head;
-    next = spare;
-  }
-  head = pair;
-  head.next = next;
-  buckets.marks[bucket] |= MarkOf(pair.digest);
 }
 
 // Doubles the buckets.  The old ones are walked in order, each pair goes to the front of its new
@@ -213,7 +210,7 @@ void VorHashSCMap::Grow() {
 
 void VorHashSCMap::remove(const char* key) {
   if (key == nullptr) return;
-  node* found = Find(Key(key));
+  node* found = Find({_table, _marks, _maxSize}, Key(key));
   if (found == nullptr) return;
   const std::size_t bucket = BucketOf(found->digest, _maxSize);
   node& head = _table[bucket];

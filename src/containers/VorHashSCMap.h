@@ -86,19 +86,12 @@ class VOR_API VorHashSCMap : public VorMap {
   void FillIterator(VorMapIterator& walk) const;
 
  private:
-  struct Key;
-  struct Buckets;
-
-  static bool Equals(const node& pair, const Key& key);
-  static node* FindIn(node* head, const Key& key);
   static node* TakeNode();
   static void AddBlock();
   static void GiveBack(node* first, node* last);
-  static void AddFront(const Buckets& buckets, const node& pair, node* spare);
 
   char* CopyOf(const char* key) const;
   void FreeCopy(char* key) const;
-  node* Find(const Key& key) const;
   void Grow();
   void RemoveAll();
 
