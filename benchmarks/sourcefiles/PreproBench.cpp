@@ -8,7 +8,7 @@
 #include <string>
 
 #include "sourcefiles/VorFilePrepro.h"
-#include "support/NaiveFilter.h"
+#include "support/NaivePrepro.h"
 
 // A source text without its comments, and without anything that can be removed; with copying as the
 // limit.
@@ -77,7 +77,7 @@ void Bytewise(benchmark::State& state) {
   const std::string& text = TheFile().text;
   Measure(state, [&text](int flags) {
     auto* const out = static_cast<char*>(malloc(text.size() + 1));
-    if (NaiveFilter(text.c_str(), flags, out) != 0) abort();
+    if (NaivePrepro(text.c_str(), flags, out) != 0) abort();
     return out;
   });
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sourcefiles/VorFilePrepro.h"
-#include "support/NaiveFilter.h"
+#include "support/NaivePrepro.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   VorFilePrepro prepro(path);
   for (const int flags : {data[0] % 32, ~data[0]}) {
     std::vector<char> want(size);
-    const int result = NaiveFilter(text.c_str(), flags, want.data());
+    const int result = NaivePrepro(text.c_str(), flags, want.data());
     char* got = nullptr;
     Expect(prepro.preprocess(flags, got) == result);
     Expect(strcmp(got, want.data()) == 0);

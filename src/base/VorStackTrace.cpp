@@ -8,13 +8,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+
+#include "base/OwnedText.h"
 
 namespace {
-
-struct FreeDeleter {
-  void operator()(char* text) const { free(text); }
-};
 
 void PrintFrame(FILE* stream, int number, void* address) {
   Dl_info info = {};
@@ -31,8 +28,7 @@ void PrintFrame(FILE* stream, int number, void* address) {
     return;
   }
   int status = 0;
-  const std::unique_ptr<char, FreeDeleter> readable(
-      abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, &status));
+  const vor::OwnedText readable(abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, &status));
   fprintf(stream, "#%-3d %p %s+0x%lx (%s)\n", number, address,
           readable != nullptr ? readable.get() : info.dli_sname, offsetFrom(info.dli_saddr), file);
 }

@@ -220,7 +220,6 @@ void VorHashSCMap::remove(const char* key) {
     node* second = head.next;
     if (second == nullptr) {
       _marks[bucket] = 0;
-      head = node();
       return;
     }
     head = *second;
@@ -238,7 +237,7 @@ void VorHashSCMap::remove(const char* key) {
 
 void VorHashSCMap::clear() {
   RemoveAll();
-  if (_table != nullptr) memset(static_cast<void*>(_table), 0, BytesOf(_maxSize));
+  if (_marks != nullptr) memset(_marks, 0, static_cast<std::size_t>(_maxSize));
 }
 
 // Lets go of all pairs; what the table then says of them is wrong.

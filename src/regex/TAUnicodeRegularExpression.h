@@ -168,8 +168,8 @@ class VOR_API TAUnicodeRegularExpression {
 
   VorUnicodeString _filter;
   int _length = 0;  // of _filter
-  VorHashSCMap _cache{
-      nullptr};  // by filter: a VorHashSCMap by text of results, int cells of malloc
+  // By filter: a VorHashSCMap by text of results, which are int cells of malloc.
+  VorHashSCMap _cache{nullptr};
   int _lastLexeme = -1;
   GrowingArray<Slot> _lexemes;
   int _lastOperation = -1;

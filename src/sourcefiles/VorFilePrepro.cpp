@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <utility>
 
+#include "base/OwnedText.h"
 #include "foundation/Tracing.h"
 #include "sourcefiles/ByteScan.h"
 #include "sourcefiles/VorFileBuffer.h"
-#include "sourcefiles/WholeFile.h"
 
 // One pass from left to right.  It stops only at the bytes that mean something where it is, and
 // there is one operation for each place where it can be.

@@ -1,22 +1,13 @@
 #ifndef VOR_SOURCEFILES_WHOLEFILE_H
 #define VOR_SOURCEFILES_WHOLEFILE_H
 
-#include <stdlib.h>
-
-#include <memory>
+#include "base/OwnedText.h"
 
 namespace vor {
 
-struct FreeText {
-  void operator()(char* text) const { free(text); }
-};
-
-/// A text from malloc, in exactly as much memory as it needs.
-using OwnedText = std::unique_ptr<char, FreeText>;
-
 /// A file that was read.
 struct WholeFile {
-  OwnedText text;         // NUL-terminated; null if the file could not be read
+  OwnedText text;         // NUL-terminated, without spare room; null if it could not be read
   int size = 0;           // bytes, without the NUL
   int missingMemory = 0;  // bytes that the text would have needed and that were not to be had
 };

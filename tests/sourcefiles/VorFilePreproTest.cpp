@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "support/NaiveFilter.h"
+#include "support/NaivePrepro.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -59,7 +59,7 @@ TEST(VorFilePrepro, AgreesWithANaiveFilter) {
     VorFilePrepro prepro(dir.Write(std::to_string(round), content).c_str());
     for (int flags = 0; flags < 32; ++flags) {
       std::string text(content.size() + 1, '?');
-      const int result = NaiveFilter(content.c_str(), flags, text.data());
+      const int result = NaivePrepro(content.c_str(), flags, text.data());
       ASSERT_EQ(Preprocess(prepro, flags), std::to_string(result) + ":" + text.c_str())
           << flags << ": " << content;
     }

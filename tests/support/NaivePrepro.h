@@ -1,9 +1,9 @@
-#ifndef VOR_TESTS_SUPPORT_NAIVEFILTER_H
-#define VOR_TESTS_SUPPORT_NAIVEFILTER_H
+#ifndef VOR_TESTS_SUPPORT_NAIVEPREPRO_H
+#define VOR_TESTS_SUPPORT_NAIVEPREPRO_H
 
 /// Byte by byte, what VorFilePrepro does to a NUL-terminated text: judge in tests, peer in
 /// benchmarks.  \a out has room for as many bytes.
-inline int NaiveFilter(const char* in, int flags, char* out) {
+inline int NaivePrepro(const char* in, int flags, char* out) {
   enum { code, line, block, prepro, single, quoted } state = code;
   const bool keeps[] = {true,         !(flags & 1), !(flags & 2),
                         !(flags & 4), !(flags & 8), !(flags & 16)};
@@ -41,4 +41,4 @@ inline int NaiveFilter(const char* in, int flags, char* out) {
   return state == code || state == prepro ? 0 : 2;
 }
 
-#endif  // VOR_TESTS_SUPPORT_NAIVEFILTER_H
+#endif  // VOR_TESTS_SUPPORT_NAIVEPREPRO_H
