@@ -4,7 +4,6 @@
 // Every public header of the library.  A source that needs few classes includes their own headers
 // and compiles faster.
 
-#include "base/NamedLists.h"
 #include "base/VorChar.h"
 #include "base/VorCollec.h"
 #include "base/VorFCopy.h"
@@ -19,6 +18,7 @@
 #include "base/VorString.h"
 #include "base/VorUnicodeChar.h"
 #include "base/VorUnicodeString.h"
+#include "base/VorVersion.h"
 #include "containers/TAComponent.h"
 #include "containers/TAIndex.h"
 #include "containers/TAIndexB.h"
@@ -39,6 +39,7 @@
 #include "foundation/TextUtilities.h"
 #include "foundation/Tracing.h"
 #include "foundation/WildcardMatching.h"
+#include "foundation/XmlEscaping.h"
 #include "perfo/PerfoFormat.h"
 #include "perfo/TAPerfo.h"
 #include "perfo/TAPerfoAv.h"
@@ -50,6 +51,7 @@
 #include "persistence/TAPPath.h"
 #include "persistence/TAUUIDGenerator.h"
 #include "process/TAProcess.h"
+#include "process/TAProcessEnd.h"
 #include "process/TAProcessList.h"
 #include "process/processInfo.h"
 #include "regex/TAUnicodeRegularExpression.h"

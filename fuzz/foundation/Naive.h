@@ -9,8 +9,7 @@
 #include <string_view>
 #include <vector>
 
-// Plain second implementations, which copy wherever it makes them plainer, and what the targets
-// need to take their input apart.
+// Simple second implementations, which copy texts freely, and helpers to divide fuzzer input.
 
 namespace naive {
 
@@ -29,7 +28,7 @@ inline Fields Parts(const std::uint8_t* data, std::size_t size, std::size_t coun
   return parts;
 }
 
-/// Letters of a small alphabet in place of the bytes, so that random input hits the syntax often.
+/// Maps the bytes to letters of a small alphabet, so that random input often contains syntax.
 inline std::string Folded(std::string text, std::string_view alphabet) {
   for (char& c : text) c = alphabet[static_cast<unsigned char>(c) % alphabet.size()];
   return text;

@@ -8,16 +8,15 @@
 
 namespace vor {
 
-/// Sorts \a items stably with \a compare, which gives a negative, zero or positive int.
+/// Sorts \a items stably with \a compare, which returns a negative, zero or positive int.
 ///
-/// A natural merge sort: runs that are already in order are taken as they are, so sorted input
-/// costs one comparison an element.  The comparison comes from the caller and may contradict
-/// itself; every step is bounded by counts and not by what the comparison says, so the worst
-/// result is a wrong order.
+/// A natural merge sort: it merges the runs that are already in order, so sorted input costs one
+/// comparison per element.  The caller's comparison may contradict itself.  Every loop is bounded
+/// by counts, so the worst result is a wrong order.
 template <typename T, typename Compare>
 void MergeSort(std::vector<T>& items, Compare compare) {
   const std::size_t size = items.size();
-  std::vector<std::size_t> ends;  // one behind the last element of each run
+  std::vector<std::size_t> ends;  // one after the last element of each run
   for (std::size_t i = 1; i <= size; ++i) {
     if (i == size || compare(items[i - 1], items[i]) > 0) ends.push_back(i);
   }

@@ -11,7 +11,7 @@ struct FreeDeleter {
   void operator()(char* text) const { free(text); }
 };
 
-/// A text from malloc that is freed when its owner goes away.
+/// Owns a text that was allocated with malloc.
 using OwnedText = std::unique_ptr<char, FreeDeleter>;
 
 }  // namespace vor

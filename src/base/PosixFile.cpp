@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 namespace vor {
 namespace {
@@ -14,8 +15,8 @@ namespace {
 constexpr std::size_t kFirstPiece = 4096;
 constexpr std::size_t kLargestPiece = 1 << 20;
 
-// How much to ask for at first: one byte more than what a regular file says is left, so that one
-// read takes it all and the next finds the end.
+// The size of the first read.  For a regular file one byte more than what is left, so that the
+// first read gets everything and the second one finds the end.
 std::size_t FirstPiece(int fd) {
   struct stat info;
   if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= 0) return kFirstPiece;
@@ -35,10 +36,24 @@ int FileDescriptor::Release() {
 void FileDescriptor::Reset(int fd) {
   if (_fd >= 0) {
     const int keptErrno = errno;
-    close(_fd);  // never repeated: Linux frees the descriptor even when a signal interrupts
+    close(_fd);  // never repeated: Linux frees the descriptor even if a signal interrupts
     errno = keptErrno;
   }
   _fd = fd;
+}
+
+int AboveStandard(int fd) {
+  if (fd < 0 || fd > STDERR_FILENO) return fd;
+  const FileDescriptor standard(fd);
+  return fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+StandardDescriptorsHeld::StandardDescriptorsHeld() {
+  for (FileDescriptor& held : _held) {
+    FileDescriptor next(open("/dev/null", O_RDWR | O_CLOEXEC));
+    if (!next.IsOpen() || next.Get() > STDERR_FILENO) return;
+    held = std::move(next);
+  }
 }
 
 FileDescriptor OpenFile(const char* path, int flags, mode_t mode) {
@@ -46,7 +61,7 @@ FileDescriptor OpenFile(const char* path, int flags, mode_t mode) {
   do {
     fd = open(path, flags | O_CLOEXEC, mode);
   } while (fd < 0 && errno == EINTR);
-  return FileDescriptor(fd);
+  return FileDescriptor(AboveStandard(fd));
 }
 
 ssize_t ReadSome(int fd, void* buffer, std::size_t size) {
@@ -88,12 +103,12 @@ bool ReadToEnd(int fd, std::string& out, std::size_t limit) {
         errno = EFBIG;
         return false;
       }
-      // What is left of the room taken is used before more is asked for.
+      // Use the room that is already allocated before growing it.
       const std::size_t spare = out.capacity() - size;
       piece =
           spare > 0 ? std::min(spare, kLargestPiece) : std::clamp(size, kFirstPiece, kLargestPiece);
     }
-  } catch (const std::exception&) {  // no memory, or more than a string can tell
+  } catch (const std::exception&) {  // no memory, or longer than a string can be
     errno = ENOMEM;
     return false;
   }

@@ -9,7 +9,7 @@
 
 namespace vor {
 
-/// An open descriptor that is closed when its owner goes away.
+/// Owns an open descriptor and closes it.
 class FileDescriptor {
  public:
   FileDescriptor() = default;
@@ -26,28 +26,51 @@ class FileDescriptor {
   bool IsOpen() const { return _fd >= 0; }
   int Get() const { return _fd; }
 
-  /// Hands the descriptor on to the caller, who closes it.
+  /// Passes the descriptor to the caller, who closes it.
   int Release();
-  /// Closes what is held and takes \a fd over; -1 for none.  Keeps errno.
+  /// Closes the descriptor and owns \a fd instead; -1 for none.  Keeps errno.
   void Reset(int fd);
 
  private:
   int _fd = -1;
 };
 
-/// open() with close-on-exec added, repeated when a signal interrupts it.
+/// Moves a new descriptor away from 0, 1 and 2.  A process that is started with these three closed
+/// gets their numbers for the next files or connections that it opens, and everything that it
+/// prints would go there.
+///
+/// Returns \a fd if it is above 2; otherwise closes \a fd and returns a close-on-exec duplicate
+/// above 2, or -1 with errno set if no descriptor is free.  Returns a negative \a fd as it is.
+int AboveStandard(int fd);
+
+/// Occupies those of the descriptors 0, 1 and 2 that are closed, for as long as the object lives.
+/// For code that opens files itself (a stream, opendir) and so cannot use AboveStandard.
+class StandardDescriptorsHeld {
+ public:
+  StandardDescriptorsHeld();
+  StandardDescriptorsHeld(const StandardDescriptorsHeld&) = delete;
+  StandardDescriptorsHeld& operator=(const StandardDescriptorsHeld&) = delete;
+
+ private:
+  FileDescriptor _held[3];
+};
+
+/// open() with close-on-exec, repeated if a signal interrupts it.  The descriptor is above 2.
+/// After an error it is not open, and errno is set.
 FileDescriptor OpenFile(const char* path, int flags, mode_t mode = 0666);
 
-/// read() repeated when a signal interrupts it: the bytes read, 0 at the end, -1 on an error.
+/// read(), repeated if a signal interrupts it.  Returns the number of bytes, 0 at the end of file,
+/// -1 with errno set after an error.
 ssize_t ReadSome(int fd, void* buffer, std::size_t size);
 
-/// Writes all bytes; false on an error, errno says which.
+/// Writes all bytes.  Returns false with errno set after an error.
 bool WriteAll(int fd, const void* data, std::size_t size);
 
-/// Appends the rest of a file to \a out: by one sized read where the file tells its size, by
-/// growing pieces where it does not (/proc, pipes).  False on an error, errno says which; \a out
-/// then holds what was read before it.  A file that memory cannot hold is an error (ENOMEM), and so
-/// is one that makes \a out longer than \a limit bytes (EFBIG).
+/// Appends the rest of a file to \a out.  A regular file is read at once, according to its size;
+/// files without a known size (/proc, pipes) are read in growing pieces.
+///
+/// Returns false with errno set after an error; \a out then includes the bytes read before it.
+/// ENOMEM: memory cannot hold the file.  EFBIG: \a out would be longer than \a limit bytes.
 bool ReadToEnd(int fd, std::string& out,
                std::size_t limit = std::numeric_limits<std::size_t>::max());
 

@@ -1,7 +1,7 @@
 #ifndef VOR_BASE_VORCHAR_H
 #define VOR_BASE_VORCHAR_H
 
-#include "base/Export.h"
+#include "Export.h"
 
 /// One 8-bit character as a value of its own type.
 ///

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "base/PosixFile.h"
@@ -17,7 +18,11 @@ namespace {
 constexpr std::size_t kPiece = 1 << 18;
 
 bool CopyByReading(int source, int target) {
-  const auto buffer = std::make_unique<char[]>(kPiece);
+  const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kPiece]);
+  if (buffer == nullptr) {
+    errno = ENOMEM;
+    return false;
+  }
   for (;;) {
     const ssize_t count = vor::ReadSome(source, buffer.get(), kPiece);
     if (count <= 0) return count == 0;
@@ -25,8 +30,8 @@ bool CopyByReading(int source, int target) {
   }
 }
 
-// Lets the kernel copy up to size bytes; what it does not offer between these two files is read and
-// written, up to the end.
+// Lets the kernel copy up to size bytes.  If it cannot copy between these two files, the rest of
+// the source is read and written.
 bool CopyRun(int source, int target, off_t size) {
   while (size > 0) {
     const std::size_t piece = static_cast<std::size_t>(std::min<off_t>(size, 1 << 30));
@@ -38,7 +43,7 @@ bool CopyRun(int source, int target, off_t size) {
   return true;
 }
 
-// Copies the runs of data of a file and leaves its holes out.
+// Copies the runs of data of a file and skips its holes.
 bool CopyAroundHoles(int source, int target, off_t size) {
   off_t data = lseek(source, 0, SEEK_DATA);
   while (data >= 0 && data < size) {
@@ -49,12 +54,12 @@ bool CopyAroundHoles(int source, int target, off_t size) {
     }
     data = lseek(source, hole, SEEK_DATA);
   }
-  // No data behind the last position looked at (ENXIO): the rest is a hole.
+  // ENXIO: there is no data after the last position, the rest is a hole.
   return (data >= 0 || errno == ENXIO) && ftruncate(target, size) == 0;
 }
 
 bool CopyContent(int source, int target, const struct stat& info) {
-  // A file that says it is empty may be one that does not tell its size, as in /proc.
+  // Files without a known size, as in /proc, report 0.
   if (info.st_size == 0) return CopyByReading(source, target);
   const bool hasHoles = info.st_blocks < info.st_size / 512;
   return hasHoles ? CopyAroundHoles(source, target, info.st_size)
@@ -65,10 +70,10 @@ bool IsSameFile(const struct stat& left, const struct stat& right) {
   return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
-// Neither waits for the other end of a FIFO nor takes over a terminal.
+// Do not wait for the other end of a FIFO, and do not acquire a controlling terminal.
 constexpr int kOnlyFiles = O_NONBLOCK | O_NOCTTY;
 
-// Opens a regular file; a descriptor that is not open, with the reason in errno, for any other.
+// Opens a regular file.  For anything else the descriptor is not open and errno is set.
 vor::FileDescriptor OpenRegularFile(const char* path, int flags, struct stat* info) {
   vor::FileDescriptor file = vor::OpenFile(path, flags | kOnlyFiles, 0600);
   if (file.IsOpen() && fstat(file.Get(), info) != 0) file.Reset(-1);
@@ -79,8 +84,8 @@ vor::FileDescriptor OpenRegularFile(const char* path, int flags, struct stat* in
   return file;
 }
 
-// Fills the open target.  Its permission bits come first, so that nobody reads a private file
-// through the bits of an older one; only the owner of an existing target can change them.
+// Fills the open target.  The permission bits are set first, so that the bits of an older target
+// never expose a private file.  Only the owner of an existing target can set them.
 bool Fill(int source, vor::FileDescriptor target, bool made, const struct stat& info) {
   const bool hasMode = fchmod(target.Get(), info.st_mode & 0777) == 0;
   if (!hasMode && (made || errno != EPERM)) return false;
@@ -95,8 +100,8 @@ int VorFCopy(const VorUnicodeString& source, const VorUnicodeString& target, int
   const vor::FileDescriptor from = OpenRegularFile(source, O_RDONLY, &fromInfo);
   if (!from.IsOpen()) return -1;
 
-  // Made exclusively first: it tells whether the target is ours to remove.  Not truncated while
-  // opening: it may be the source itself.
+  // An exclusive open comes first: if it succeeds, this call may remove the target later.  No
+  // O_TRUNC: the target may be the source itself.
   struct stat toInfo;
   vor::FileDescriptor to = OpenRegularFile(target, O_WRONLY | O_CREAT | O_EXCL, &toInfo);
   const bool made = to.IsOpen();

@@ -1,10 +1,13 @@
 #ifndef VOR_BASE_VORLISTPTR_H
 #define VOR_BASE_VORLISTPTR_H
 
-#include "base/VorCollec.h"
-#include "base/VorRawCollPV.h"
+#include <cstddef>
+#include <vector>
 
-/// A list of pointers to X; the typed face of one VorRawCollPV.
+#include "VorCollec.h"
+#include "VorRawCollPV.h"
+
+/// A list of pointers to X; the typed form of VorRawCollPV.
 ///
 /// Positions are 1-based.  X may be an incomplete type.
 ///
@@ -13,42 +16,47 @@
 template <typename X>
 class VOR_API VorListPtr : public VorCollecRoot {
  public:
-  /// Stands for one element of the list, as an X*& would: read it into an X* and do not keep it,
-  /// since it is valid only until the list changes.
-  class Slot {
-   public:
-    operator X*() const { return static_cast<X*>(_slot); }
-    X* operator->() const { return static_cast<X*>(_slot); }
-    Slot& operator=(X* pointer) {
-      _slot = pointer;
-      return *this;
-    }
-    Slot& operator=(const Slot& other) { return *this = static_cast<X*>(other); }
-    Slot(const Slot&) = default;
+  /// Allocates room for \a initialCapacity pointers; 0 or less allocates none.
+  constexpr explicit VorListPtr(int initialCapacity = 0) noexcept {
+    if (initialCapacity > 0) _pointers.reserve(static_cast<std::size_t>(initialCapacity));
+  }
+  VorListPtr(const VorListPtr& other) noexcept = default;
+  VorListPtr(VorListPtr&& other) noexcept = default;
+  VorListPtr& operator=(const VorListPtr& other) noexcept = default;
+  VorListPtr& operator=(VorListPtr&& other) noexcept = default;
 
-   private:
-    friend class VorListPtr;
-    explicit Slot(void*& slot) : _slot(slot) {}
+  void Append(X* pointer) noexcept { _pointers.push_back(pointer); }
 
-    void*& _slot;
-  };
+  /// Empties the list; \a handling selects whether its storage is freed.
+  void RemoveAll(VorCollec::MemoryHandling handling) {
+    _pointers.clear();
+    if (handling == VorCollec::ReleaseMemory) _pointers.shrink_to_fit();
+  }
 
-  explicit VorListPtr(int initialCapacity = 0) : _slots(initialCapacity) {}
+  /// Removes one pointer; later ones move down by one.
+  void RemovePosition(int position) {
+    _pointers.erase(_pointers.begin() + static_cast<std::ptrdiff_t>(Offset(position)));
+  }
 
-  void Append(X* pointer) { _slots.Append(pointer); }
-  void RemoveAll(VorCollec::MemoryHandling handling) { _slots.RemoveAll(handling); }
-  void RemovePosition(int position) { _slots.RemovePosition(position); }
-  int Size() const { return _slots.Size(); }
+  int Size() const { return static_cast<int>(_pointers.size()); }
 
-  /// The pointer at \a position; in a list that may change, `list[position] = pointer` replaces it.
-  X* operator[](int position) const { return static_cast<X*>(_slots[position]); }
-  Slot operator[](int position) { return Slot(_slots[position]); }
+  /// The pointer at \a position.  The reference is valid until the list changes.
+  X*& operator[](int position) { return _pointers[Offset(position)]; }
+  X* const& operator[](int position) const { return _pointers[Offset(position)]; }
 
   /// Sorts with a comparison of two elements; see VorRawCollPV.
-  void QuickSort(VorRawCollPV::Comparison compare) { _slots.QuickSort(compare); }
+  void QuickSort(VorRawCollPV::Comparison compare) noexcept {
+    VorRawCollPV sorted(Size());
+    for (X* const pointer : _pointers) sorted.Append(pointer);
+    sorted.QuickSort(compare);
+    for (int i = 1; i <= Size(); ++i) (*this)[i] = static_cast<X*>(sorted[i]);
+  }
 
  private:
-  VorRawCollPV _slots;
+  std::size_t Offset(int position) const { return VorCollec::OffsetOf(position, _pointers.size()); }
+
+  // Not a VorRawCollPV: an X*& must not refer to an object of type void*.
+  std::vector<X*> _pointers;
 };
 
 #endif  // VOR_BASE_VORLISTPTR_H

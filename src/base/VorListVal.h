@@ -4,33 +4,33 @@
 #include <new>
 #include <utility>
 
-#include "base/VorCollec.h"
-#include "base/VorRawCollPV.h"
+#include "VorCollec.h"
+#include "VorRawCollPV.h"
 
 /// A list of values of X, each a heap copy made with X's copy constructor.
 ///
 /// Positions are 1-based.  A pointer or reference to an element stays valid until that element is
-/// removed, however the list grows or is sorted.
+/// removed, even if the list grows or is sorted.
 ///
 /// Ownership: owns its copies; destroys them from the last to the first.
 /// Errors:    a position outside the list ends the process (see VorRawCollPV).  An element that
-///            cannot be allocated is stored as a null pointer; it must not be read, only
-///            removed or copied with its list.  An exception of X's copy constructor ends the
-///            process.
+///            cannot be allocated is stored as a null pointer; it may be removed, or copied with
+///            its list, but must not be read.  If X's copy constructor throws, or if there is no
+///            memory for the list itself, the process ends.
 /// Threads:   distinct lists are independent; one list must not be changed by one thread while
 ///            another uses it.
 template <typename X>
 class VOR_API VorListVal : public VorCollecRoot {
  public:
-  explicit VorListVal(int initialCapacity = 0) : _slots(initialCapacity) {}
-  /// The second argument is accepted for callers of the older form and has no effect.
-  VorListVal(int initialCapacity, int) : _slots(initialCapacity) {}
-  VorListVal(const VorListVal& other) : VorCollecRoot(other), _slots(other.Size()) {
+  explicit VorListVal(int initialCapacity = 0) noexcept : _slots(initialCapacity) {}
+  /// The second argument has no effect; it is accepted for older callers.
+  VorListVal(int initialCapacity, int) noexcept : _slots(initialCapacity) {}
+  VorListVal(const VorListVal& other) noexcept : VorCollecRoot(other), _slots(other.Size()) {
     AppendCopies(other, _slots);
   }
-  VorListVal& operator=(const VorListVal& other) {
+  VorListVal& operator=(const VorListVal& other) noexcept {
     if (this != &other) {
-      // Copied first: the other list may live inside one of the elements that go.
+      // Copy first: the other list may be inside an element of this one.
       VorRawCollPV copies(other.Size());
       AppendCopies(other, copies);
       RemoveAll(VorCollec::ReleaseMemory);
@@ -47,7 +47,7 @@ class VOR_API VorListVal : public VorCollecRoot {
   X& operator[](int position) { return *static_cast<X*>(_slots[position]); }
   const X& operator[](int position) const { return *static_cast<const X*>(_slots[position]); }
 
-  /// Destroys every element; \a handling says what becomes of the array.
+  /// Destroys every element; \a handling selects whether the storage of the list is freed.
   void RemoveAll(VorCollec::MemoryHandling handling) {
     DestroyElements();
     _slots.RemoveAll(handling);
@@ -59,7 +59,7 @@ class VOR_API VorListVal : public VorCollecRoot {
     _slots.RemovePosition(position);
   }
 
-  /// Sorts with a comparison that gives a negative, zero or positive int.
+  /// Sorts with a comparison that returns a negative, zero or positive int; see VorRawCollPV.
   void QuickSort(int (*compare)(X* left, X* right)) {
     _slots.QuickSort(
         [](const void* left, const void* right, void* context) {
@@ -69,7 +69,7 @@ class VOR_API VorListVal : public VorCollecRoot {
         static_cast<void*>(&compare));
   }
 
-  /// Equal when the sizes are and no pair of elements at one position differs by X's !=.
+  /// True if the sizes differ, or if X's != is true for the elements at some position.
   bool operator!=(const VorListVal& other) const {
     if (this == &other) return false;
     if (Size() != other.Size()) return true;

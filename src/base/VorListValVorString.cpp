@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "base/IndexCheck.h"
 #include "base/MergeSort.h"
 
 void VorListValVorString::Append(const VorListValVorString& other) noexcept {
   const std::size_t count = other._values.size();
-  // Counted and by position: other may be this list, whose end moves.
+  // By position and a fixed count: other may be this list, which grows meanwhile.
   for (std::size_t i = 0; i < count; ++i) _values.push_back(other._values[i]);
 }
 
@@ -21,7 +20,7 @@ void VorListValVorString::InsertBefore(int position, const VorString& value) noe
 }
 
 void VorListValVorString::Insert(long long position, const VorString& value) noexcept {
-  const std::size_t offset = vor::CheckedOffset(position, _values.size() + 1);
+  const std::size_t offset = VorCollec::OffsetOf(position, _values.size() + 1);
   _values.insert(_values.begin() + static_cast<std::ptrdiff_t>(offset), value);
 }
 
@@ -51,7 +50,7 @@ void VorListValVorString::RemoveAll(VorCollec::MemoryHandling handling) noexcept
 }
 
 void VorListValVorString::RemovePosition(int position) {
-  const std::size_t offset = vor::CheckedOffset(position, _values.size());
+  const std::size_t offset = VorCollec::OffsetOf(position, _values.size());
   _values.erase(_values.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
@@ -60,9 +59,9 @@ int VorListValVorString::Size() const {
 }
 
 VorString& VorListValVorString::operator[](int position) {
-  return _values[vor::CheckedOffset(position, _values.size())];
+  return _values[VorCollec::OffsetOf(position, _values.size())];
 }
 
 const VorString& VorListValVorString::operator[](int position) const {
-  return _values[vor::CheckedOffset(position, _values.size())];
+  return _values[VorCollec::OffsetOf(position, _values.size())];
 }

@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "base/Export.h"
-#include "base/VorCollec.h"
-#include "base/VorString.h"
+#include "Export.h"
+#include "VorCollec.h"
+#include "VorString.h"
 
 /// A list of strings.
 ///
@@ -18,28 +18,31 @@
 ///            another uses it.
 class VOR_API VorListValVorString : public VorCollecRoot {
  public:
-  VorListValVorString() = default;
+  VorListValVorString() noexcept = default;
+  VorListValVorString(const VorListValVorString& other) noexcept = default;
+  VorListValVorString(VorListValVorString&& other) noexcept = default;
+  VorListValVorString& operator=(const VorListValVorString& other) noexcept = default;
+  VorListValVorString& operator=(VorListValVorString&& other) noexcept = default;
 
   void Append(const VorString& value) noexcept { _values.push_back(value); }
   void Append(VorString&& value) noexcept { _values.push_back(std::move(value)); }
   /// Appends all elements of \a other, which may be this list.
   void Append(const VorListValVorString& other) noexcept;
 
-  /// Inserts \a value behind \a position; position 0 inserts at the front.
+  /// Inserts \a value after \a position; position 0 inserts at the front.
   void InsertAfter(int position, const VorString& value) noexcept;
   /// Inserts \a value at \a position; position Size() + 1 appends.
   void InsertBefore(int position, const VorString& value) noexcept;
 
-  /// The position of the first element equal to \a value at or after \a start; 0 when absent.
+  /// The position of the first element equal to \a value at or after \a start; 0 if there is none.
   int Locate(const VorString& value, int start = 1) const;
 
-  /// Sorts with a comparison that gives a negative, zero or positive int.  Equal elements keep
-  /// their order; a comparison that contradicts itself gives some order, never an access out of
-  /// bounds.
+  /// Sorts with a comparison that returns a negative, zero or positive int; see VorRawCollPV.
   void QuickSort(int (*compare)(VorString* left, VorString* right)) noexcept;
 
-  /// Empties the list; \a handling says what becomes of its storage.
+  /// Empties the list; \a handling selects whether its storage is freed.
   void RemoveAll(VorCollec::MemoryHandling handling) noexcept;
+  /// Removes one element; later ones move down by one.
   void RemovePosition(int position);
 
   int Size() const;

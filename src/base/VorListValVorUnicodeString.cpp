@@ -1,8 +1,6 @@
 #include "base/VorListValVorUnicodeString.h"
 
-#include "base/IndexCheck.h"
-
-void VorListValVorUnicodeString::RemoveAll(VorCollec::MemoryHandling handling) {
+void VorListValVorUnicodeString::RemoveAll(VorCollec::MemoryHandling handling) noexcept {
   _values.clear();
   if (handling == VorCollec::ReleaseMemory) _values.shrink_to_fit();
 }
@@ -12,9 +10,9 @@ int VorListValVorUnicodeString::Size() const {
 }
 
 VorUnicodeString& VorListValVorUnicodeString::operator[](int position) {
-  return _values[vor::CheckedOffset(position, _values.size())];
+  return _values[VorCollec::OffsetOf(position, _values.size())];
 }
 
 const VorUnicodeString& VorListValVorUnicodeString::operator[](int position) const {
-  return _values[vor::CheckedOffset(position, _values.size())];
+  return _values[VorCollec::OffsetOf(position, _values.size())];
 }

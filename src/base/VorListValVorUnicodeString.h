@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "base/Export.h"
-#include "base/VorCollec.h"
-#include "base/VorUnicodeString.h"
+#include "Export.h"
+#include "VorCollec.h"
+#include "VorUnicodeString.h"
 
 /// A list of Unicode strings.
 ///
@@ -13,17 +13,21 @@
 ///
 /// Ownership: keeps copies.
 /// Errors:    a position outside the list is a bug of the caller: a message on standard error,
-///            then abort.
+///            then abort.  Running out of memory ends the process.
 /// Threads:   distinct lists are independent; one list must not be changed by one thread while
 ///            another uses it.
 class VOR_API VorListValVorUnicodeString : public VorCollecRoot {
  public:
-  VorListValVorUnicodeString() = default;
+  VorListValVorUnicodeString() noexcept = default;
+  VorListValVorUnicodeString(const VorListValVorUnicodeString& other) noexcept = default;
+  VorListValVorUnicodeString(VorListValVorUnicodeString&& other) noexcept = default;
+  VorListValVorUnicodeString& operator=(const VorListValVorUnicodeString& other) noexcept = default;
+  VorListValVorUnicodeString& operator=(VorListValVorUnicodeString&& other) noexcept = default;
 
-  void Append(const VorUnicodeString& value) { _values.push_back(value); }
+  void Append(const VorUnicodeString& value) noexcept { _values.push_back(value); }
 
-  /// Empties the list; \a handling says what becomes of its storage.
-  void RemoveAll(VorCollec::MemoryHandling handling);
+  /// Empties the list; \a handling selects whether its storage is freed.
+  void RemoveAll(VorCollec::MemoryHandling handling) noexcept;
 
   int Size() const;
 

@@ -1,20 +1,20 @@
 #ifndef VOR_BASE_VORMAP_H
 #define VOR_BASE_VORMAP_H
 
-#include "base/Export.h"
+#include "Export.h"
 
-/// A walk over the pairs of a VorMap, taken by VorMap::getIterator.
+/// A walk over the pairs of a VorMap, from VorMap::getIterator.
 ///
-/// Call next, and while it gives non-zero read getKey and getValue.  The keys are the map's own
-/// copies: a walk is valid only while the map does not change.
+/// Call next, and while it returns non-zero read getKey and getValue.  The keys are the map's own
+/// copies, so a walk is valid only until the map changes.
 ///
-/// Threads: as the map it was taken from.
+/// Threads: as for the map.
 class VOR_API VorMapIterator {
  public:
   VorMapIterator(const VorMapIterator&) = delete;
   VorMapIterator& operator=(const VorMapIterator&) = delete;
 
-  /// Moves to the next pair (to the first one at first); 0 when there is none.
+  /// Moves to the next pair; the first call moves to the first one.  Returns 0 after the last pair.
   virtual int next() = 0;
   /// The key of the current pair.
   virtual const char* getKey() = 0;
@@ -23,7 +23,7 @@ class VOR_API VorMapIterator {
 
   virtual ~VorMapIterator() = default;
 
-  /// Adds a pair behind those already held; called by the map while it makes the walk.
+  /// Adds a pair at the end; the map calls it while it prepares the walk.
   virtual void insert(const char* key, void* value) = 0;
 
  protected:
@@ -41,9 +41,11 @@ class VOR_API VorMap {
 
   /// The number of pairs.
   virtual int getSize() = 0;
-  /// 1, with the value of \a key in *value, if the key is present; else 0, *value unchanged.
+  /// Returns 1 and stores the value of \a key in *value if the key is present.  Otherwise returns 0
+  /// and leaves *value unchanged.
   virtual int search(const char* key, void** value) = 0;
-  /// Adds a pair.  Null if \a key is null or already present, which changes nothing.
+  /// Adds a pair and returns the map's copy of the key.  Returns null and changes nothing if \a key
+  /// is null or already present.
   virtual const char* insert(const char* key, void* value) = 0;
   /// Removes the pair of \a key, if there is one.
   virtual void remove(const char* key) = 0;

@@ -3,17 +3,17 @@
 
 #include <mutex>
 
-#include "base/Export.h"
+#include "Export.h"
 
 /// A mutual-exclusion lock between the threads of one process.
 ///
-/// Not recursive: a thread that locks it twice waits for itself.  Unlock is called by the thread
-/// that locked it.
+/// Not recursive: a thread that locks it twice waits for ever.  Only the thread that locked it may
+/// unlock it.
 ///
 /// Threads: every operation may be called from any thread.
 class VOR_API VorMutex {
  public:
-  /// The argument is accepted for callers of the older form and has no effect.
+  /// The argument has no effect; it is accepted for older callers.
   explicit VorMutex(int = 0);
   VorMutex(const VorMutex&) = delete;
   VorMutex& operator=(const VorMutex&) = delete;

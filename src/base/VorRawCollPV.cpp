@@ -1,9 +1,8 @@
 #include "base/VorRawCollPV.h"
 
-#include "base/IndexCheck.h"
 #include "base/MergeSort.h"
 
-VorRawCollPV::VorRawCollPV(int initialCapacity) {
+VorRawCollPV::VorRawCollPV(int initialCapacity) noexcept {
   if (initialCapacity > 0) _slots.reserve(static_cast<std::size_t>(initialCapacity));
 }
 
@@ -13,7 +12,7 @@ void VorRawCollPV::RemoveAll(VorCollec::MemoryHandling handling) {
 }
 
 void VorRawCollPV::RemovePosition(int position) {
-  const std::size_t offset = vor::CheckedOffset(position, _slots.size());
+  const std::size_t offset = VorCollec::OffsetOf(position, _slots.size());
   _slots.erase(_slots.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
@@ -22,11 +21,11 @@ int VorRawCollPV::Size() const {
 }
 
 void*& VorRawCollPV::operator[](int position) {
-  return _slots[vor::CheckedOffset(position, _slots.size())];
+  return _slots[VorCollec::OffsetOf(position, _slots.size())];
 }
 
 void* const& VorRawCollPV::operator[](int position) const {
-  return _slots[vor::CheckedOffset(position, _slots.size())];
+  return _slots[VorCollec::OffsetOf(position, _slots.size())];
 }
 
 void VorRawCollPV::QuickSort(Comparison compare) noexcept {

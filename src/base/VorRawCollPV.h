@@ -3,10 +3,10 @@
 
 #include <vector>
 
-#include "base/Export.h"
-#include "base/VorCollec.h"
+#include "Export.h"
+#include "VorCollec.h"
 
-/// A growable array of untyped pointers, the storage behind the typed lists.
+/// A growable array of untyped pointers, for the typed lists.
 ///
 /// Positions are 1-based: 1 to Size().  The array grows geometrically.
 ///
@@ -17,17 +17,22 @@
 ///            another uses it.
 class VOR_API VorRawCollPV {
  public:
-  /// Compares what two slots hold: negative, zero or positive.
+  /// Compares the pointers of two slots; returns a negative, zero or positive int.
   using Comparison = int (*)(const void* left, const void* right);
-  /// The same with a context of the caller's.
+  /// The same, with a context that the caller passes to QuickSort.
   using ContextComparison = int (*)(const void* left, const void* right, void* context);
 
-  /// Room for \a initialCapacity pointers is taken at once; 0 or less takes none.
-  explicit VorRawCollPV(int initialCapacity = 0);
+  /// Allocates room for \a initialCapacity pointers; 0 or less allocates none.
+  explicit VorRawCollPV(int initialCapacity = 0) noexcept;
+  VorRawCollPV(const VorRawCollPV& other) noexcept = default;
+  VorRawCollPV(VorRawCollPV&& other) noexcept = default;
+  VorRawCollPV& operator=(const VorRawCollPV& other) noexcept = default;
+  VorRawCollPV& operator=(VorRawCollPV&& other) noexcept = default;
+  ~VorRawCollPV() = default;
 
   void Append(void* pointer) noexcept { _slots.push_back(pointer); }
 
-  /// Empties the array; \a handling says what becomes of its storage.
+  /// Empties the array; \a handling selects whether its storage is freed.
   void RemoveAll(VorCollec::MemoryHandling handling);
 
   /// Removes one slot; later ones move down by one.
@@ -35,11 +40,13 @@ class VOR_API VorRawCollPV {
 
   int Size() const;
 
+  /// The pointer at \a position.  The reference is valid until the array changes.
   void*& operator[](int position);
   void* const& operator[](int position) const;
 
-  /// Sorts the slots.  Equal elements keep their order; sorted input costs one comparison an
-  /// element; a comparison that contradicts itself gives some order, never an access out of bounds.
+  /// Sorts the slots.  Equal elements keep their order.  Sorted input costs one comparison per
+  /// element.  A comparison that contradicts itself results in an arbitrary order, never in an
+  /// access out of bounds.
   void QuickSort(Comparison compare) noexcept;
   void QuickSort(ContextComparison compare, void* context) noexcept;
 

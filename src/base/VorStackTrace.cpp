@@ -15,7 +15,7 @@ namespace {
 
 void PrintFrame(FILE* stream, int number, void* address) {
   Dl_info info = {};
-  // A return address may be the first byte behind a function that never returns from its call.
+  // If the call never returns, the return address may be the first byte after the function.
   const bool known = dladdr(static_cast<char*>(address) - 1, &info) != 0;
   const char* file = known && info.dli_fname != nullptr ? info.dli_fname : "?";
   const auto offsetFrom = [address](const void* base) {
@@ -42,8 +42,8 @@ void VorBasicStackTrace::Print(FILE* stream, int skip, int limit) const {
   fflush(stream);
 }
 
-// Kept out of line: the trace begins where this function returns to.  What lies before that, this
-// function and what a sanitizer puts between it and backtrace, is dropped.
+// Out of line: the trace begins at the return address of this function.  Earlier frames belong to
+// this function, or to a sanitizer that intercepts backtrace; they are dropped.
 __attribute__((noinline)) void VorStackTrace::GetTrace() {
   constexpr int kMaxOwn = 4;
   void* frames[kMaxFrames + kMaxOwn];

@@ -3,18 +3,19 @@
 
 #include <stdio.h>
 
-#include "base/Export.h"
+#include "Export.h"
 
-/// Return addresses of one thread's calls, and their readable print.
+/// The return addresses of the calls of one thread, in printable form.
 ///
 /// Threads: fill and print one object from one thread; distinct objects are independent.
 class VOR_API VorBasicStackTrace {
  public:
-  /// Prints one line for each frame, innermost first: number, address, function with its C++ name
-  /// and the offset in it, and the file it was loaded from.  A function whose name is not in the
-  /// dynamic symbol table (link tools with -rdynamic) is shown by its offset in that file.
+  /// Prints one line for each frame, innermost first: the number, the address, the C++ name of the
+  /// function, the offset in it, and the file that it was loaded from.  A function without a name
+  /// in the dynamic symbol table is shown by its offset in that file; link a tool with -rdynamic to
+  /// see the names of its own functions.
   ///
-  /// Leaves out the \a skip innermost frames and prints at most \a limit; 0 means all of them.
+  /// Skips the \a skip innermost frames and prints at most \a limit; 0 means all of them.
   void Print(FILE* stream, int skip, int limit) const;
 
  protected:
@@ -27,7 +28,7 @@ class VOR_API VorBasicStackTrace {
   int _count = 0;
 };
 
-/// A stack trace made on the stack: construct it, call GetTrace, then Print.
+/// The stack trace of the calling thread: construct it, call GetTrace, then Print.
 class VOR_API VorStackTrace : public VorBasicStackTrace {
  public:
   /// Fills the object with the frames of the calling thread, the caller's own first.

@@ -6,6 +6,9 @@
 #include <climits>
 #include <ostream>
 
+#include "base/AsciiCase.h"
+#include "base/NullText.h"
+
 namespace {
 
 int ToInt(std::size_t size) {
@@ -19,7 +22,7 @@ std::weak_ordering CompareAsC(const char* left, const char* right) {
 }  // namespace
 
 VorString& VorString::operator=(const char* text) noexcept {
-  // assign() copes with text that points into this very string.
+  // assign() accepts a text that points into this string.
   if (text == nullptr) {
     _text.clear();
   } else {
@@ -55,7 +58,7 @@ VorString VorString::SubString(unsigned start, unsigned count) const noexcept {
 
 void VorString::Remove(int start, int count) {
   const long long first = std::max(start, 0);
-  const long long last = static_cast<long long>(start) + count;  // one behind the removed bytes
+  const long long last = static_cast<long long>(start) + count;  // one after the removed bytes
   if (last <= first || static_cast<unsigned long long>(first) >= _text.size()) return;
   _text.erase(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first));
 }
@@ -67,9 +70,7 @@ void VorString::ReplaceSubString(const VorString& oldText, const VorString& newT
 }
 
 void VorString::ToUpper() {
-  for (char& c : _text) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
+  for (char& c : _text) c = vor::AsciiUpper(c);
 }
 
 VorString operator+(const VorString& left, const VorString& right) noexcept {
@@ -95,7 +96,7 @@ std::weak_ordering operator<=>(const VorString& left, const VorString& right) {
 }
 
 std::weak_ordering operator<=>(const VorString& left, const char* right) {
-  return CompareAsC(left, right == nullptr ? "" : right);
+  return CompareAsC(left, vor::TextOrEmpty(right));
 }
 
 std::ostream& operator<<(std::ostream& stream, const VorString& text) {

@@ -9,23 +9,23 @@
 #include <string_view>
 #include <utility>
 
-#include "base/Export.h"
+#include "Export.h"
 
-/// What built-in pointer arithmetic would take as an offset: integers, characters, enumerators.
+/// The types that built-in pointer arithmetic accepts as offset: integers, characters, enumerators.
 template <typename T>
 concept VorOffset = std::convertible_to<T, std::ptrdiff_t> && !std::convertible_to<T, const char*>;
 
-/// An 8-bit character string with value semantics, the text type of every call of the library.
+/// An 8-bit character string with value semantics, the text type of the library's calls.
 ///
-/// Positions are 0-based; a position that is not found is negative.  Lengths are counted in bytes
-/// and given as int; a text longer than an int can tell reports the largest int.  A null
-/// const char* counts as the empty text wherever a text is expected.
+/// Positions are 0-based; a search that finds nothing returns a negative position.  Lengths are in
+/// bytes; a length above the largest int is returned as the largest int.  A null const char* counts
+/// as the empty text.
 ///
-/// A text may hold NUL bytes: copies, == and FindPosition see them, while the conversion to
-/// const char* and the order of < and > stop at the first one, as strcmp does.
+/// A text may contain NUL bytes.  Copies, == and FindPosition see them.  The conversion to
+/// const char* and the order of < and > end at the first one, as strcmp does.
 ///
-/// Ownership: keeps a copy of what it is given.  The characters handed out by the conversion to
-///            const char*, CastToCharPtr and View stay valid while the string lives unchanged.
+/// Ownership: keeps a copy of its text.  The characters from the conversion to const char*, from
+///            CastToCharPtr and from View are valid until the string changes or is destroyed.
 /// Errors:    positions and counts outside the text are clipped to it; running out of memory ends
 ///            the process.
 /// Threads:   distinct strings are independent; one string must not be changed by one thread
@@ -47,9 +47,11 @@ class VOR_API VorString {
   VorString& operator+=(const char* text) noexcept;
   VorString& operator+=(const VorString& text) noexcept;
 
-  /// The NUL-terminated characters; never null.
+  /// The characters with a NUL at the end; never null.
   operator const char*() const { return _text.c_str(); }
   const char* CastToCharPtr() const { return _text.c_str(); }
+  // As a condition the pointer would be true even for the empty text.
+  explicit operator bool() const = delete;  // ask for Length() > 0 instead
 
   /// All bytes, NUL bytes included.
   std::string_view View() const { return _text; }
@@ -62,7 +64,7 @@ class VOR_API VorString {
                : '\0';
   }
 
-  /// The number of bytes; the three names are one operation.
+  /// The number of bytes.  The three functions are the same.
   int GetLengthInChar() const;
   int Length() const { return GetLengthInChar(); }
   int length() const { return GetLengthInChar(); }
@@ -71,14 +73,14 @@ class VOR_API VorString {
   /// none.  An empty text is found at every position up to the length.
   int FindPosition(const VorString& text, int start = 0) const;
 
-  /// The \a count bytes from 0-based \a start, fewer where the text ends before.
+  /// The \a count bytes from 0-based \a start, or fewer if the text ends earlier.
   VorString SubString(unsigned start, unsigned count) const noexcept;
 
   /// Removes \a count bytes from 0-based \a start.
   void Remove(int start, int count);
 
-  /// Replaces the first occurrence of \a oldText, if there is one, by \a newText.  Callers that
-  /// want every occurrence replaced repeat it while FindPosition still finds \a oldText.
+  /// Replaces the first occurrence of \a oldText, if there is one, by \a newText.  To replace all,
+  /// repeat the call while FindPosition finds \a oldText.
   void ReplaceSubString(const VorString& oldText, const VorString& newText) noexcept;
 
   /// Upper-cases the letters a to z in place; other bytes stay, whatever the locale.
@@ -88,8 +90,8 @@ class VOR_API VorString {
   std::string _text;
 };
 
-// The conversion to const char* makes every built-in pointer operator a candidate, so each
-// combination of operands is spelt out: no call is ambiguous and none compares addresses.
+// The conversion to const char* makes every built-in pointer operator a candidate.  Therefore each
+// combination of operands is declared: no call is ambiguous and none compares addresses.
 
 VOR_API VorString operator+(const VorString& left, const VorString& right) noexcept;
 VOR_API VorString operator+(const VorString& left, const char* right) noexcept;

@@ -9,7 +9,7 @@ namespace {
 using WideTest = int (*)(wint_t, locale_t);
 using ByteTest = int (*)(int);
 
-// Made once and kept for the life of the process, so that tests in static destructors still work.
+// Created once and never freed, so that the tests still work in static destructors.
 locale_t UnicodeLocale() {
   static const locale_t locale =
       newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));

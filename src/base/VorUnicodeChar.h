@@ -4,28 +4,30 @@
 #include <compare>
 #include <concepts>
 
-#include "base/Export.h"
+#include "Export.h"
 
 /// One Unicode character, held as its code point.
 ///
-/// A char gives the code point of its byte value, 0 to 255.  The class tests know all of Unicode
-/// and do not depend on the locale of the process; where the system has no UTF-8 locale data they
-/// fall back to the ASCII rules.  Characters are ordered by code point.
+/// A char becomes the code point of its byte value, 0 to 255.  Characters are ordered by code
+/// point.
+///
+/// The class tests cover all of Unicode and do not depend on the locale of the process.  On a
+/// system without UTF-8 locale data they follow the ASCII rules.
 ///
 /// Threads: a plain value; the class tests may be called from any thread.
 class VOR_API VorUnicodeChar {
  public:
   constexpr VorUnicodeChar() = default;
   constexpr VorUnicodeChar(char value) : _codePoint(static_cast<unsigned char>(value)) {}
-  /// Any other integer is the code point itself; only a char32_t converts without being asked to.
+  /// Any other integer is the code point itself; only char32_t converts implicitly.
   template <std::integral T>
   explicit(!std::same_as<T, char32_t>) constexpr VorUnicodeChar(T codePoint)
       : _codePoint(static_cast<char32_t>(codePoint)) {}
 
   constexpr char32_t GetCodePoint() const { return _codePoint; }
 
-  /// The byte with this value; '\0' for a code point above 255, which no char can tell.  As a
-  /// condition a character is therefore false above 255 too: compare it instead.
+  /// The byte with this value; '\0' for a code point above 255.  So a character above 255 is false
+  /// as a condition, like U+0000; compare characters instead.
   constexpr operator char() const {
     return _codePoint > 0xFF ? '\0' : static_cast<char>(static_cast<unsigned char>(_codePoint));
   }

@@ -12,6 +12,24 @@
 #include <ostream>
 #include <string_view>
 
+#include "base/NullText.h"
+
+// The text is stored twice: as code points for everything that counts characters, and as UTF-8 for
+// everything that leaves the object.  Operations that change the text update both, so const
+// operations write nothing and may run on several threads at once.
+//
+// A byte b that is not part of a valid UTF-8 sequence becomes the code point U+DC00 + b, called a
+// raw byte here, and is encoded as the byte b again.  Valid UTF-8 never contains these code points
+// (they are surrogates), so code points and bytes correspond one to one, and comparing the code
+// points compares the bytes.
+//
+// This holds only if neighbouring raw bytes never form a valid sequence.  Decoding and SubString
+// cannot produce such neighbours.  Append can, where the raw bytes at the end of one text meet
+// those at the start of the other; it decodes this seam again.
+//
+// The number conversions do not pass the caller's format to printf or scanf.  They parse it and
+// accept only one integer conversion, because any other would read arguments that do not exist.
+
 namespace {
 
 constexpr char32_t kRawByteBase = 0xDC00;  // a raw byte b becomes kRawByteBase + b
@@ -25,8 +43,9 @@ bool IsSurrogate(char32_t c) {
   return c >= 0xD800 && c <= 0xDFFF;
 }
 
-// The length of the valid UTF-8 sequence at the start of text, whose code point goes to *c; 0 if
-// there is none.  Overlong forms, surrogates and values above U+10FFFF are not valid.
+// Stores in *c the first character of text and returns its length in bytes; 0 if text does not
+// begin with a valid UTF-8 sequence.  Overlong forms, surrogates and values above U+10FFFF are not
+// valid.
 std::size_t DecodeSequence(std::string_view text, char32_t* c) {
   const unsigned char lead = static_cast<unsigned char>(text[0]);
   if (lead < 0x80) {
@@ -86,16 +105,16 @@ void Encode(char32_t c, std::string* out) {
   }
 }
 
-// A printf or scanf format taken apart around its one integer conversion.
+// The parts of a printf or scanf format with one integer conversion.
 struct NumberFormat {
   std::string prefix;  // literal text before the conversion, "%%" already folded
-  std::string flags;   // flags, width and precision, as printf takes them
+  std::string flags;   // flags, width and precision, as in the format
   std::size_t width = 0;
   char conversion = 'd';
   std::string suffix;
 };
 
-// Takes literal text off the front of *format up to a conversion or the end.
+// Removes the literal text at the start of *format, up to a conversion or the end, and returns it.
 std::string TakeLiteral(std::string_view* format) {
   std::string literal;
   while (!format->empty()) {
@@ -160,7 +179,7 @@ int BaseOf(char conversion) {
 }  // namespace
 
 VorUnicodeString::VorUnicodeString(const char* utf8) noexcept
-    : _characters(Decode(utf8 == nullptr ? "" : utf8)), _utf8(utf8 == nullptr ? "" : utf8) {}
+    : _characters(Decode(vor::TextOrEmpty(utf8))), _utf8(vor::TextOrEmpty(utf8)) {}
 
 VorUnicodeString::VorUnicodeString(VorUnicodeChar character, int count) noexcept
     : VorUnicodeString(std::u32string(count < 0 ? 0 : static_cast<std::size_t>(count),
@@ -176,7 +195,7 @@ VorUnicodeString::VorUnicodeString(std::u32string characters) noexcept
 }
 
 void VorUnicodeString::Append(const VorUnicodeString& text) noexcept {
-  std::size_t tail = 0;  // raw bytes at the end, which a character may have begun with
+  std::size_t tail = 0;  // raw bytes at the end that may be the start of a character
   while (tail < kMostBytes - 1 && tail < _characters.size() &&
          IsRawByte(_characters[_characters.size() - 1 - tail])) {
     ++tail;
@@ -212,7 +231,7 @@ int VorUnicodeString::BuildFromNum(long number, const char* format) noexcept {
 int VorUnicodeString::ConvertToNum(int* out, const char* format) const noexcept {
   const std::optional<NumberFormat> parsed = ParseNumberFormat(format);
   if (!parsed || !std::string_view(_utf8).starts_with(parsed->prefix)) return 1;
-  // As scanf does it: blanks before the number do not count, and a width limits its characters.
+  // As in scanf: blanks before the number do not count, and a width limits its characters.
   std::string digits = _utf8.substr(parsed->prefix.size());
   digits.erase(0, digits.find_first_not_of(" \t\n\v\f\r"));
   if (parsed->width > 0) digits.resize(std::min(digits.size(), parsed->width));

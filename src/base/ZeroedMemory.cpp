@@ -14,8 +14,8 @@ constexpr std::size_t kLargePage = std::size_t{2} << 20;
 void* vor::AllocateZeroed(std::size_t size) {
   void* memory = calloc(size, 1);
   if (memory == nullptr || size < 2 * kLargePage) return memory;
-  // Memory of this size mostly comes fresh from the system and has no pages yet.  Where it was used
-  // before, the advice comes late and does no harm.
+  // Memory of this size is mostly new from the system and has no pages yet.  For memory that was in
+  // use before, the advice has no effect.
   const auto start = reinterpret_cast<std::uintptr_t>(memory);
   const std::uintptr_t from = (start + kLargePage - 1) / kLargePage * kLargePage;
   const std::uintptr_t to = (start + size) / kLargePage * kLargePage;

@@ -5,9 +5,9 @@
 
 namespace vor {
 
-/// \a size bytes that are zero, to be released with free(); null if there is no memory.  A large
-/// table is put on large pages where the system has them to give, which makes scattered accesses
-/// cheaper.
+/// Returns \a size zero bytes, which the caller releases with free(); null if there is no memory.
+/// Large tables are placed on huge pages if the system offers them, because random accesses are
+/// cheaper there.
 void* AllocateZeroed(std::size_t size);
 
 }  // namespace vor

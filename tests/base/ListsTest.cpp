@@ -1,17 +1,19 @@
 #include <gtest/gtest.h>
-#include <string.h>
 
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "base/VorListPtr.h"
 #include "base/VorListVal.h"
-#include "base/VorListValVorString.h"
+#include "base/VorListValVorUnicodeString.h"
 #include "base/VorRawCollPV.h"
+#include "foundation/Lists.h"
 
 namespace {
 
-// A value that writes down its destruction.
+// A value that records its destruction.
 struct Tracked {
   Tracked(int theTag, std::vector<int>* theLog) : tag(theTag), log(theLog) {}
   Tracked(const Tracked&) = default;
@@ -22,35 +24,27 @@ struct Tracked {
   std::vector<int>* log;
 };
 
-int CompareTags(Tracked* left, Tracked* right) {
-  return left->tag - right->tag;
-}
-
 VorListVal<Tracked> MakeList(std::initializer_list<int> tags, std::vector<int>* log) {
   VorListVal<Tracked> list;
   for (const int tag : tags) list.Append(Tracked(tag, log));
   return list;
 }
 
-std::string Joined(const VorListValVorString& list) {
-  std::string all;
-  for (int i = 1; i <= list.Size(); ++i) all += std::string(list[i].View()) + " ";
-  return all;
-}
-
-VorListValVorString Strings(std::initializer_list<const char*> texts) {
-  VorListValVorString list;
-  for (const char* text : texts) list.Append(text);
-  return list;
-}
-
-int CompareTexts(VorString* left, VorString* right) {
-  return strcmp(*left, *right);
-}
-int ContradictsItself(VorString*, VorString*) {
-  static unsigned calls = 0;
-  return ++calls % 3 == 0 ? -1 : 1;
-}
+// Running out of memory ends the process; no exception leaves a list.
+template <typename List>
+struct NothingThrows {
+  static_assert(std::is_nothrow_copy_constructible_v<List>);
+  static_assert(std::is_nothrow_copy_assignable_v<List>);
+};
+template struct NothingThrows<VorRawCollPV>;
+template struct NothingThrows<VorListPtr<int>>;
+template struct NothingThrows<VorListVal<Tracked>>;
+template struct NothingThrows<VorListValVorString>;
+template struct NothingThrows<VorListValVorUnicodeString>;
+static_assert(std::is_nothrow_constructible_v<VorRawCollPV, int>);
+static_assert(std::is_nothrow_constructible_v<VorListPtr<int>, int>);
+static_assert(std::is_nothrow_constructible_v<VorListVal<Tracked>, int>);
+static_assert(noexcept(VorListValVorUnicodeString().Append(VorUnicodeString())));
 
 }  // namespace
 
@@ -72,25 +66,22 @@ TEST(VorListVal, DestroysEachElementOnceFromLastToFirst) {
 
 TEST(VorListVal, CopiesAssignsAndCompares) {
   std::vector<int> log;
-  const VorListVal<Tracked> empty;
-  EXPECT_EQ(VorListVal<Tracked>(empty).Size(), 0);
   VorListVal<Tracked> list = MakeList({1, 2}, &log);
   VorListVal<Tracked>& self = list;
   list = self;
-  EXPECT_EQ(list.Size(), 2);
   VorListVal<Tracked> other = MakeList({9}, &log);
   other = list;
+  EXPECT_TRUE(other == MakeList({1, 2}, &log));
   other[1].tag = 5;
   EXPECT_EQ(list[1].tag, 1);
-  EXPECT_TRUE(other != list);
-  EXPECT_TRUE(MakeList({1, 2}, &log) == MakeList({1, 2}, &log));
-  EXPECT_TRUE(MakeList({1, 2}, &log) != MakeList({2, 1}, &log));
-  EXPECT_TRUE(MakeList({1, 2}, &log) != MakeList({1}, &log));
+  EXPECT_TRUE(list != MakeList({2, 1}, &log));
+  EXPECT_TRUE(list != MakeList({1}, &log));
+  list.QuickSort([](Tracked* left, Tracked* right) { return right->tag - left->tag; });
+  EXPECT_TRUE(list == MakeList({2, 1}, &log));
 }
 
 TEST(VorListVal, AssignsAListOfItsOwnElement) {
   struct Node {
-    bool operator!=(const Node&) const { return false; }
     VorListVal<Node> children;
   };
   Node root;
@@ -101,37 +92,33 @@ TEST(VorListVal, AssignsAListOfItsOwnElement) {
   EXPECT_EQ(root.children.Size(), 2);
 }
 
-TEST(VorListVal, SortsInPlace) {
-  std::vector<int> log;
-  VorListVal<Tracked> list = MakeList({5, 1, 4, 1, 3}, &log);
-  const Tracked* five = &list[1];
-  list.QuickSort(CompareTags);
-  EXPECT_TRUE(list == MakeList({1, 1, 3, 4, 5}, &log));
-  EXPECT_EQ(five, &list[5]);  // elements stay where they are in memory
-}
-
-TEST(VorListPtr, HoldsPointersItDoesNotOwn) {
+TEST(VorListPtr, HoldsPointersItDoesNotOwnAndReturnsReferencesToThem) {
   int one = 1, two = 2, three = 3;
   VorListPtr<int> list(4);
-  list.Append(&one);
-  list.Append(&two);
+  for (int* number : {&one, &two, &three}) list.Append(number);
   VorListPtr<int> copy = list;
-  copy[1] = &three;
-  copy[2] = copy[1];
-  EXPECT_EQ(*list[1], 1);
-  EXPECT_EQ(copy[2], &three);
+  int*& last = copy[3];
+  std::swap(copy[1], last);
+  EXPECT_EQ(copy[1], &three);
+  EXPECT_EQ(copy[3], &one);
+  EXPECT_EQ(list[1], &one);
+  copy.QuickSort([](const void* left, const void* right) {
+    return *static_cast<const int*>(left) - *static_cast<const int*>(right);
+  });
+  EXPECT_EQ(copy[1], &one);
+  EXPECT_EQ(copy[3], &three);
   list.RemovePosition(1);
   EXPECT_EQ(list[1], &two);
-  EXPECT_EQ(copy.Size(), 2);
+  EXPECT_EQ(copy.Size(), 3);
 }
 
 TEST(VorListValVorString, InsertsLocatesAndAppendsItself) {
-  VorListValVorString list = Strings({"a", "c"});
+  VorListValVorString list = ListOf("a c");
   list.InsertAfter(1, "b");
   list.InsertBefore(1, "0");
   list.InsertAfter(0, "start");
   list.InsertBefore(list.Size() + 1, "end");
-  EXPECT_EQ(Joined(list), "start 0 a b c end ");
+  EXPECT_EQ(Joined(list), "start|0|a|b|c|end|");
   EXPECT_EQ(list.Locate("b"), 4);
   EXPECT_EQ(list.Locate("b", 5), 0);
   list.Append(list);
@@ -142,19 +129,23 @@ TEST(VorListValVorString, InsertsLocatesAndAppendsItself) {
 }
 
 TEST(VorListValVorString, SortIsStableAndSurvivesABadComparison) {
-  VorListValVorString list = Strings({"d", "a", "c", "b", "a"});
-  list.QuickSort(CompareTexts);
-  EXPECT_EQ(Joined(list), "a a b c d ");
+  VorListValVorString list = ListOf("d2 a1 d1 c b a2");
+  list.QuickSort([](VorString* left, VorString* right) { return (*left)[0] - (*right)[0]; });
+  EXPECT_EQ(Joined(list), "a1|a2|b|c|d2|d1|");
   VorListValVorString many;
   for (int i = 0; i < 1000; ++i) many.Append(std::to_string(i));
-  many.QuickSort(ContradictsItself);
+  many.QuickSort([](VorString*, VorString*) {
+    static unsigned calls = 0;
+    return ++calls % 3 == 0 ? -1 : 1;
+  });
+  many.QuickSort(CompareTAStrings);
   EXPECT_EQ(many.Size(), 1000);
-  many.QuickSort(CompareTexts);
   for (int i = 2; i <= many.Size(); ++i) ASSERT_TRUE(many[i - 1] < many[i]);  // nothing lost
 }
 
 TEST(ListDeathTest, PositionOutsideEndsTheProcess) {
-  VorListValVorString list = Strings({"a"});
+  VorListValVorString list = ListOf("a");
   EXPECT_DEATH(list[0], "List position 0 is outside 1..1");
+  EXPECT_DEATH(VorListPtr<int>()[1], "List position 1 is outside 1..0");
   EXPECT_DEATH(VorRawCollPV(3).RemovePosition(1), "List position 1 is outside 1..0");
 }

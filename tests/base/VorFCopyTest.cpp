@@ -1,12 +1,14 @@
 #include "base/VorFCopy.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
 
 #include "base/VorUnicodeString.h"
+#include "support/InProcess.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -30,7 +32,7 @@ TEST(VorFCopy, CopiesContentAndPermissions) {
   EXPECT_EQ(info.st_mode & 07777, 0751u);
 }
 
-TEST(VorFCopy, CopiesFilesThatDoNotTellTheirSize) {
+TEST(VorFCopy, CopiesFilesWithoutAKnownSize) {
   TempDir dir;
   ASSERT_EQ(Copy("/proc/self/status", dir / "to"), 0);
   EXPECT_NE(dir.Read("to").find("VmSize"), std::string::npos);
@@ -45,7 +47,7 @@ TEST(VorFCopy, RefusesAndLeavesFilesWhole) {
   EXPECT_EQ(Copy(from, other, 0), -1);
   ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);  // nobody waits at its other end
   for (const char* noFile : {"missing", ".", "fifo"}) EXPECT_EQ(Copy(dir / noFile, other), -1);
-  for (const char* noTarget : {"from", "hard", "soft", "fifo", "no/such/folder"}) {
+  for (const char* noTarget : {"from", "hard", "soft", "fifo", "no/such/directory"}) {
     EXPECT_EQ(Copy(from, dir / noTarget), -1) << noTarget;
   }
   EXPECT_EQ(dir.Read("from"), "content");
@@ -63,4 +65,16 @@ TEST(VorFCopy, KeepsHoles) {
   struct stat info;
   ASSERT_EQ(stat((dir / "to").c_str(), &info), 0);
   EXPECT_LT(info.st_blocks * 512, 1 << 20);
+}
+
+TEST(VorFCopy, OpensNoFileAsAStandardDescriptor) {
+  TempDir dir;
+  const std::string from = dir.Write("from", "content");
+  EXPECT_EQ(InProcess([&] {
+              for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(fd);
+              const rlimit standardOnly = {STDERR_FILENO + 1, STDERR_FILENO + 1};
+              setrlimit(RLIMIT_NOFILE, &standardOnly);
+              return -Copy(from, dir / "to");
+            }),
+            1);
 }

@@ -1,9 +1,9 @@
-#ifndef VOR_BASE_LISTSEARCH_H
-#define VOR_BASE_LISTSEARCH_H
+#ifndef VOR_BASE_POINTERREMOVAL_H
+#define VOR_BASE_POINTERREMOVAL_H
 
 namespace vor {
 
-/// Removes \a pointer, where it stands last, from a list of pointers, if it is there.
+/// Removes the last occurrence of \a pointer from a list of pointers, if there is one.
 template <typename List, typename X>
 void RemoveFromList(List& list, const X* pointer) {
   for (int i = list.Size(); i > 0; --i) {
@@ -13,4 +13,4 @@ void RemoveFromList(List& list, const X* pointer) {
 
 }  // namespace vor
 
-#endif  // VOR_BASE_LISTSEARCH_H
+#endif  // VOR_BASE_POINTERREMOVAL_H
