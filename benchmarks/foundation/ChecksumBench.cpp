@@ -44,7 +44,7 @@ void Sizes(benchmark::internal::Benchmark* bench) {
 
 BENCHMARK(Checksum<crc>)->Name("BM_Crc/ours")->Apply(Sizes);
 BENCHMARK(Checksum<BitSerial>)->Name("BM_Crc/bit_serial")->Apply(Sizes);
-// What a processor without carry-less multiplication gets.
+// As on a processor without carry-less multiplication.
 BENCHMARK(Checksum<ByTables>)->Name("BM_CrcByTables/ours")->Apply(Sizes);
 BENCHMARK(Checksum<BitSerial>)->Name("BM_CrcByTables/bit_serial")->Apply(Sizes);
 

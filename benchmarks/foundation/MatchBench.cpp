@@ -9,18 +9,18 @@
 
 namespace {
 
-// Path-like names of a source tree; some are met by each pattern below, most are not.
+// Path-like names of a source tree.  Each pattern below matches a few of them.
 const std::vector<VorString>& Names() {
   static const std::vector<VorString> names = [] {
-    const char* const folders[] = {"src/", "include/", "tests/unit/", "lib/x86_64-linux-gnu/",
-                                   "project/framework/module/src/"};
+    const char* const directories[] = {"src/", "include/", "tests/unit/", "lib/x86_64-linux-gnu/",
+                                       "project/framework/module/src/"};
     const char* const stems[] = {"main", "TestDriver", "string_utilities",
                                  "VeryLongClassNameOfTool", "x"};
     const char* const ends[] = {".cpp", ".h", ".o", "_test.cpp", ".so.1.2.3", "Generated.cxx"};
     std::vector<VorString> all;
-    for (const char* folder : folders) {
+    for (const char* directory : directories) {
       for (const char* stem : stems) {
-        for (const char* end : ends) all.emplace_back(std::string(folder) + stem + end);
+        for (const char* end : ends) all.emplace_back(std::string(directory) + stem + end);
       }
     }
     return all;
@@ -42,8 +42,8 @@ constexpr Pattern kPatterns[] = {
     {"no_star", "project/framework/module/src/main.cpp"},
 };
 
-// The peer does the same with one extended pattern.  There is none for "&&": where it occurs the
-// peer is spared reading the expression and makes one call for each pattern.
+// The peer does the same with one extended pattern.  None expresses "&&": for such an expression
+// the peer makes one call for each pattern, without parsing the expression.
 bool Fn(const char* pattern, const VorString& name) {
   return fnmatch(pattern, name, FNM_EXTMATCH) == 0;
 }

@@ -53,9 +53,8 @@ void GetLineRead(const std::string& path, VorListValVorString& lines) {
   }
 }
 
-// Building the list is measured, taking it down is not.  One reading before brings the file into
-// memory, and the heap keeps what it once has: otherwise both would mostly wait for the system to
-// hand out pages.
+// Measures building the list, not destroying it.  The file is read once before, and the heap keeps
+// freed memory; otherwise both would mostly wait for pages from the system.
 void Read(benchmark::State& state, Reader reader, std::string_view prefix) {
   mallopt(M_MMAP_MAX, 0);
   mallopt(M_TRIM_THRESHOLD, INT_MAX);

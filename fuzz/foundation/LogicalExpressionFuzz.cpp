@@ -12,8 +12,8 @@ void Compare(const std::string& text, const std::string& expression) {
   }
 }
 
-// Long enough for every part of the implementation, with the value of the expression if its
-// parentheses are balanced.
+// Makes the expression long enough for every part of the implementation.  Its value stays the same
+// if its parentheses are balanced.
 std::string Lengthened(const std::string& expression) {
   return "!(!(" + expression + "))||" + std::string(600, 'x');
 }

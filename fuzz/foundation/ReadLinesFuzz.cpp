@@ -37,7 +37,7 @@ naive::Fields LinesOf(const std::string& content) {
 
 }  // namespace
 
-// Input: the file, with each "~" as half of the longest piece of a line.
+// Input: the file; each "~" stands for half of the longest piece of a line.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const int file = memfd_create("lines", MFD_CLOEXEC);
   static const VorString path(("/proc/self/fd/" + std::to_string(file)).c_str());

@@ -29,7 +29,7 @@ void ExpectKeys(const TAIndex& got, naive::Fields want) {
 
 }  // namespace
 
-// Input: a byte that gives the count, the separator up to a newline, the text.
+// Input: a byte for the count, the separator up to a newline, the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const int count = data[0] % 16 - 2;

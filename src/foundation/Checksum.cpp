@@ -11,6 +11,6 @@ unsigned int crc(const char* text, unsigned int seed) {
   const bool folds = size >= vor::kCrcFoldMinimum && vor::CrcCanFold();
   const std::uint32_t remainder =
       folds ? vor::CrcByFolding(data, size) : vor::CrcByTables(0, data, size);
-  // The bits of the seed come last, where they are below the degree of the polynomial.
+  // The bits of the seed come last: they are below the degree of the polynomial and only added.
   return remainder ^ seed;
 }

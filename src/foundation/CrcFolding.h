@@ -9,14 +9,18 @@
 #include <immintrin.h>
 #endif
 
-// Carry-less multiplication, where the processor has it: a message is read as one polynomial, and
-// each 128-bit block of it is replaced by an equal remainder further down, until 16 bytes stand
-// for all the whole blocks.
+// The checksum by carry-less multiplication, on processors that have it.
+//
+// The message is one large polynomial.  Multiply the two 64-bit halves of a 128-bit block by the
+// right powers of x modulo the polynomial: their sum is a block at a lower position that leaves the
+// same remainder.  Folding adds this block to a later block of the message (four blocks at a time)
+// until 16 bytes represent all whole blocks.  The tables of CrcTables.h reduce these bytes and
+// those after the last whole block.
 
 namespace vor {
 
 constexpr std::size_t kCrcFoldBlock = 16;    // bytes
-constexpr std::size_t kCrcFoldMinimum = 64;  // bytes; folding takes four blocks at once
+constexpr std::size_t kCrcFoldMinimum = 64;  // bytes; four blocks are folded at a time
 
 #if defined(__x86_64__)
 
@@ -37,7 +41,7 @@ VOR_CRC_FOLDING inline __m128i CrcLoadBlock(const unsigned char* data) {
   return CrcReverseBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(data)));
 }
 
-// What multiplies the halves of a block that moves down by a number of bits.
+// The factors for the two halves of a block that is moved kBits bits lower.
 template <int kBits>
 inline __m128i CrcFoldingFactors() {
   constexpr long long kHigh = CrcPowerOfX(kBits + 64);
@@ -51,8 +55,8 @@ VOR_CRC_FOLDING inline __m128i CrcFoldOnto(__m128i block, __m128i factors, __m12
   return _mm_xor_si128(target, _mm_xor_si128(high, low));
 }
 
-/// Stores in \a folded 16 bytes that leave the same remainder as the whole blocks of \a data, of
-/// which there are at least kCrcFoldMinimum bytes.  Returns how many bytes the blocks are.
+/// Stores in \a folded 16 bytes with the same remainder as the whole blocks of \a data.  Returns
+/// the number of bytes in these blocks.  \a size is at least kCrcFoldMinimum.
 VOR_CRC_FOLDING inline std::size_t CrcFold(const unsigned char* data, std::size_t size,
                                            unsigned char* folded) {
   const __m128i byFour = CrcFoldingFactors<512>();
@@ -87,7 +91,7 @@ inline std::size_t CrcFold(const unsigned char*, std::size_t, unsigned char*) {
 
 #endif
 
-/// CrcByTables with all whole blocks folded first.
+/// The result of CrcByTables, with all whole blocks folded first.
 inline std::uint32_t CrcByFolding(const unsigned char* data, std::size_t size) {
   unsigned char folded[kCrcFoldBlock] = {};
   const std::size_t done = CrcFold(data, size, folded);

@@ -19,10 +19,10 @@ constexpr std::uint32_t CrcPowerOfX(int exponent) {
   return remainder;
 }
 
-constexpr std::size_t kCrcSlice = 16;  // bytes taken in one step
+constexpr std::size_t kCrcSlice = 16;  // bytes of one step
 using CrcTables = std::array<std::array<std::uint32_t, 256>, kCrcSlice>;
 
-// tables[k][b] is the remainder of the byte b with k + 4 zero bytes behind it.
+// tables[k][b] is the remainder of the byte b followed by k + 4 zero bytes.
 constexpr CrcTables MakeCrcTables() {
   CrcTables tables{};
   for (std::uint32_t byte = 0; byte < 256; ++byte) {
@@ -41,8 +41,8 @@ constexpr CrcTables MakeCrcTables() {
 
 inline constexpr CrcTables kCrcTables = MakeCrcTables();
 
-/// Adds \a size bytes to a remainder; 0 is the remainder of no bytes.  The result already counts
-/// the 32 zero bits that stand behind a message.
+/// The remainder of a message after \a size more bytes; 0 is the remainder of an empty message.  It
+/// includes the 32 zero bits after the message.
 inline std::uint32_t CrcByTables(std::uint32_t remainder, const unsigned char* data,
                                  std::size_t size) {
   for (; size >= kCrcSlice; data += kCrcSlice, size -= kCrcSlice) {

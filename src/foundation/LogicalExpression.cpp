@@ -7,25 +7,28 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/FieldScan.h"
+#include "foundation/FindText.h"
 #include "foundation/PatternMatch.h"
 
-// An expression is evaluated on its text.  Each level (the whole expression, an operand, the inside
-// of a negated group) goes through the same steps: parentheses around it are taken off; operators
-// outside all other parentheses are overwritten by a marker; the marked text is split at the
-// markers, those included that the expression held itself; the operands are evaluated in turn.  A
-// level without an operator is a pattern.
+// An expression is evaluated on its text; there is no syntax tree.  Each level (the whole
+// expression, an operand, the inside of a negated group) is evaluated in the same steps:
+//   1. Remove the parentheses around it.
+//   2. Overwrite the operators outside all inner parentheses by markers.
+//   3. Split the text at the markers, including those that the expression contained itself.
+//   4. Evaluate the operands in order, until one of them decides.
+// A level without an operator is a pattern.
 //
-// There are two ways to do it.  A short expression without marker bytes, as nearly all are, is
-// evaluated recursively on views of its text, which then needs no markers.  Any other is evaluated
-// so that hostile ones cost neither stack nor more than a few passes over their text.
+// There are two implementations.  Nearly all expressions are short and contain no marker bytes;
+// EvaluateShort evaluates them recursively on views of their text and needs no markers.  Evaluation
+// evaluates all others.  It does not recurse and makes only a few passes over the text, so that a
+// hostile expression exhausts neither the stack nor the time of its caller.
 
 namespace {
 
 constexpr char kMark = '\x7F';
 constexpr std::string_view kMarker = "\x7F\x7F";
 constexpr std::size_t kNone = std::string_view::npos;
-constexpr std::size_t kShort = 256;  // bytes; bounds the depth and the cost of the recursion
+constexpr std::size_t kShort = 256;  // bytes; limits the depth and the cost of the recursion
 
 bool IsGroup(std::string_view e) {
   return e.size() > 1 && e.front() == '(' && e.back() == ')';
@@ -38,7 +41,7 @@ int DepthStep(char c) {
   return c == '(' ? 1 : c == ')' ? -1 : 0;
 }
 
-// By byte: whether it may be more than a part of a pattern.
+// Indexed by byte: whether it can have a meaning besides that of pattern text.
 constexpr std::array<bool, 256> kIsSyntax = [] {
   std::array<bool, 256> isSyntax{};
   for (const char c : {'&', '|', '!', '(', ')', kMark})
@@ -55,9 +58,9 @@ bool IsOperator(std::string_view e, std::size_t position) {
   return (c == '&' || c == '|') && position + 1 < e.size() && e[position + 1] == c;
 }
 
-// Takes negated groups off, and then the parentheses around what is in them.  Returns whether the
-// value of the rest is to be negated.  An empty negated group, which is not valid, leaves "(".
-bool TakeOffGroups(std::string_view* e) {
+// Removes negations of groups from *e, then the parentheses around the rest.  Returns whether the
+// value of the rest must be negated.  An empty negated group is invalid and leaves "(".
+bool RemoveGroups(std::string_view* e) {
   bool isNegated = false;
   while (IsNegatedGroup(*e)) {
     if (e->size() == 3) {
@@ -76,7 +79,7 @@ bool EvaluateTerm(std::string_view text, std::string_view e) {
   bool isNegated = false;
   while (e.size() > 1) {
     if (IsGroup(e)) {
-      // The closing one stays and belongs to the pattern; stored expressions rely on it.
+      // The closing parenthesis becomes part of the pattern; stored expressions rely on it.
       e = e.size() < 3 ? std::string_view() : e.substr(1);
     } else if (e.front() == '!') {
       isNegated = !isNegated;
@@ -90,14 +93,14 @@ bool EvaluateTerm(std::string_view text, std::string_view e) {
 
 bool EvaluateShort(std::string_view text, std::string_view e);
 
-// The value of a part between operators, which has none itself unless it is a group.
+// The value of an operand.  Only a group can contain operators.
 bool EvaluateShortOperand(std::string_view text, std::string_view e) {
   return IsGroup(e) || IsNegatedGroup(e) ? EvaluateShort(text, e) : EvaluateTerm(text, e);
 }
 
 // The value of a short expression without marker bytes.
 bool EvaluateShort(std::string_view text, std::string_view e) {
-  const bool isNegated = TakeOffGroups(&e);
+  const bool isNegated = RemoveGroups(&e);
   char found = '\0';      // the operator of this level
   bool value = false;     // of the operands so far
   std::size_t start = 0;  // of the next operand
@@ -107,7 +110,7 @@ bool EvaluateShort(std::string_view text, std::string_view e) {
     depth += DepthStep(e[i]);
     if (depth != 0 || !IsOperator(e, i)) continue;
     if (found != '\0' && found != e[i]) return isNegated;  // mixed
-    // Operands have no effect but their value: it does not matter whether the rest is valid.
+    // Once an operand has decided, the others need not be evaluated.
     if (found == '\0') value = e[i] == '&';
     found = e[i];
     if (start < i && value == (found == '&')) {
@@ -123,10 +126,12 @@ bool EvaluateShort(std::string_view text, std::string_view e) {
   return value != isNegated;
 }
 
-// The value of any expression.  Levels lie inside one another, so one copy of the expression takes
-// the markers of all of them.  Levels wait on a stack of their own, and groups are skipped with the
-// help of an index.  An operator level is split at every marker inside it, also inside its groups,
-// so none of these is met again further down.
+// Evaluates any expression.
+//
+// The levels lie inside one another, so one copy of the expression can hold the markers of all of
+// them.  An explicit stack holds the levels, and an index of the groups lets a scan skip them.  A
+// level with an operator is split at every marker in it, even at those inside its groups, so no
+// operand contains a marker.
 class Evaluation {
  public:
   Evaluation(std::string_view text, std::string_view expression);
@@ -134,7 +139,7 @@ class Evaluation {
   bool Run();
 
  private:
-  // A part of the expression, by 0-based positions; end is one behind the last.
+  // A part of the expression, by 0-based positions; end is one after the last.
   struct Range {
     std::size_t begin;
     std::size_t end;
@@ -159,10 +164,10 @@ class Evaluation {
 
   std::string_view _text;
   std::string _expression;
-  std::vector<Level> _levels;             // the innermost last
-  std::vector<Range> _operands;           // of all levels, those of the innermost last
-  std::vector<std::size_t> _behindGroup;  // by position of a parenthesis; kNone without an end
-  std::vector<std::size_t> _markers;      // positions of markers in the expression as it was given
+  std::vector<Level> _levels;            // the innermost last
+  std::vector<Range> _operands;          // of all levels, those of the innermost last
+  std::vector<std::size_t> _afterGroup;  // by position of a parenthesis; kNone without an end
+  std::vector<std::size_t> _markers;     // positions of the markers that the expression contained
 };
 
 Evaluation::Evaluation(std::string_view text, std::string_view expression)
@@ -189,11 +194,11 @@ bool Evaluation::Run() {
   }
 }
 
-// The value of a level without operands.  One with an operator is put on the stack; its value is
-// then what holds until an operand says otherwise.
+// Begins a level.  Returns the value of one without an operator.  One with an operator is pushed on
+// the stack; the value returned then holds unless an operand decides otherwise.
 bool Evaluation::Enter(Range range) {
   std::string_view e = std::string_view(_expression).substr(range.begin, range.end - range.begin);
-  const bool isNegated = TakeOffGroups(&e);
+  const bool isNegated = RemoveGroups(&e);
   range.begin = static_cast<std::size_t>(e.data() - _expression.data());
   range.end = range.begin + e.size();
 
@@ -206,13 +211,13 @@ bool Evaluation::Enter(Range range) {
   return found == '&';
 }
 
-// Overwrites the operators of a level.  *found is '&' or '|', or NUL if there is none.  False if
-// they are mixed or parentheses are not balanced.
+// Overwrites the operators of a level and stores '&' or '|' in *found if there are any.  Returns
+// false if they are mixed or the parentheses are not balanced.
 bool Evaluation::MarkOperators(Range range, char* found) {
   const std::string_view e = std::string_view(_expression).substr(0, range.end);
   for (std::size_t i = range.begin; i < range.end;) {
     if (DepthStep(e[i]) != 0) {
-      i = _behindGroup[i];
+      i = _afterGroup[i];
       if (i > range.end) return false;
     } else if (IsOperator(e, i)) {
       if (*found != '\0' && *found != e[i]) return false;
@@ -226,26 +231,27 @@ bool Evaluation::MarkOperators(Range range, char* found) {
   return true;
 }
 
-// Splits a marked level.
+// Pushes the operands of a level whose operators are overwritten.
 void Evaluation::PushOperands(Range range) {
   std::size_t start = range.begin;  // of the operand that is not pushed yet
   for (std::size_t i = range.begin; i < range.end;) {
     const bool isInGroup = DepthStep(_expression[i]) != 0;
     std::size_t end = i;
     if (isInGroup) {
-      end = _behindGroup[i];
+      end = _afterGroup[i];
     } else {
       while (end < range.end && DepthStep(_expression[end]) == 0) ++end;
     }
-    // What is outside of groups was marked just now; what is inside, never.
+    // Outside groups MarkOperators has set markers; inside groups, the only markers are those that
+    // the expression itself contained.
     if (!isInGroup || HoldsMarker({i, end})) CutAtMarkers({i, end}, &start);
     i = end;
   }
   if (start < range.end) _operands.push_back({start, range.end});
 }
 
-// Pushes what is between *start and the markers of a range, if it is not empty; *start moves
-// behind the last marker.
+// Pushes the non-empty texts between *start and the markers of a range.  *start becomes the
+// position after the last marker.
 void Evaluation::CutAtMarkers(Range range, std::size_t* start) {
   const std::string_view e = std::string_view(_expression).substr(0, range.end);
   for (std::size_t i = range.begin;; i = *start) {
@@ -256,8 +262,8 @@ void Evaluation::CutAtMarkers(Range range, std::size_t* start) {
   }
 }
 
-// Notes for each parenthesis the position where its group has ended: the next one of its depth.  A
-// group may also begin with a closing parenthesis and lie below the depth around it.
+// Stores for each parenthesis the position after its group: after the parenthesis that returns to
+// the same depth.  A group may begin with a closing parenthesis; it then lies at lower depths.
 void Evaluation::IndexGroups() {
   std::ptrdiff_t depth = 0, lowest = 0, highest = 0;
   for (const char c : _expression) {
@@ -265,7 +271,7 @@ void Evaluation::IndexGroups() {
     lowest = std::min(lowest, depth);
     highest = std::max(highest, depth);
   }
-  _behindGroup.assign(_expression.size(), kNone);
+  _afterGroup.assign(_expression.size(), kNone);
   std::vector<std::size_t> open(static_cast<std::size_t>(highest - lowest) + 1, kNone);  // by depth
   depth = -lowest;
   for (std::size_t i = 0; i < _expression.size(); ++i) {
@@ -274,7 +280,7 @@ void Evaluation::IndexGroups() {
     open[static_cast<std::size_t>(depth)] = i;
     depth += step;
     std::size_t& ended = open[static_cast<std::size_t>(depth)];
-    if (ended != kNone) _behindGroup[ended] = i + 1;
+    if (ended != kNone) _afterGroup[ended] = i + 1;
     ended = kNone;
   }
 }
@@ -292,7 +298,7 @@ bool Evaluation::HoldsMarker(Range range) const {
   return next != _markers.end() && *next < range.end;
 }
 
-// Out of line, so that its frame does not weigh on short expressions.
+// Out of line, so that short expressions need not set up its stack frame.
 __attribute__((noinline)) bool EvaluateAny(std::string_view text, std::string_view expression) {
   return Evaluation(text, expression).Run();
 }

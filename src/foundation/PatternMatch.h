@@ -5,7 +5,7 @@
 
 namespace vor {
 
-/// TestMatch on texts that need not be VorStrings.  Allocates nothing.
+/// TestMatch for texts that are not VorStrings.  Allocates nothing.
 bool MatchesPattern(std::string_view text, std::string_view pattern);
 
 }  // namespace vor

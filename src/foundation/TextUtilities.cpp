@@ -7,15 +7,11 @@
 #include <string_view>
 
 #include "base/VorListValVorString.h"
-#include "containers/TAIndex.h"
-#include "filenames/TAFileName.h"
-#include "foundation/FieldScan.h"
+#include "foundation/FieldSplitting.h"
+#include "foundation/XmlEntities.h"
 
 namespace {
 
-constexpr const char* kBlank = " ";
-
-// What the splitting rules need of the list that takes the fields.
 class ListFields {
  public:
   explicit ListFields(VorListValVorString& list) : _list(list) {}
@@ -34,130 +30,46 @@ class ListFields {
   VorListValVorString& _list;
 };
 
-class IndexFields {
- public:
-  explicit IndexFields(TAIndex& index) : _index(index) {}
-
-  void Clear() { _index.Reset(); }
-  void Add(std::string_view field) {
-    _key.assign(field);
-    _index.Append(_key.c_str(), nullptr);
-  }
-  int Count() const { return _index.count; }
-
- private:
-  TAIndex& _index;
-  std::string _key;  // a field with a NUL behind it
-};
-
-template <typename Fields>
-int SplitAll(std::string_view text, Fields&& fields, std::string_view separator) {
-  fields.Clear();
-  vor::FieldScan scan(text, separator);
-  std::string_view field;
-  while (scan.Next(&field)) fields.Add(field);
-  return fields.Count();
-}
-
-template <typename Fields>
-int SplitUpTo(int count, std::string_view text, Fields&& fields, std::string_view separator) {
-  fields.Clear();
-  std::size_t start = 0;
-  for (int found = 1; found < count; ++found) {
-    const std::size_t position = vor::FindText(text, separator, start);
-    if (position == std::string_view::npos) break;
-    if (start < position) fields.Add(text.substr(start, position - start));
-    start = position + 1;  // callers rely on one byte and not the length of the separator
-  }
-  if (start < text.size()) fields.Add(text.substr(start));
-  return fields.Count();
-}
-
-template <typename Fields>
-int SplitPadded(int count, std::string_view text, Fields&& fields) {
-  int size = SplitUpTo(count, text, fields, kBlank);
-  while (size < count) {
-    fields.Add("");
-    if (fields.Count() == size) break;  // an index takes the empty text once
-    size = fields.Count();
-  }
-  return count;
-}
-
 bool BeginsWith(const VorString& text, const VorString& prefix) {
   return text.View().starts_with(prefix.View());
-}
-
-// The entity of an XML special character; empty for any other.
-std::string_view EntityOf(char c) {
-  switch (c) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    case '"':
-      return "&quot;";
-    case '\'':
-      return "&apos;";
-    default:
-      return {};
-  }
 }
 
 }  // namespace
 
 int Split(const VorString& text, VorListValVorString& out) noexcept {
-  return Split(text, out, kBlank);
+  return Split(text, out, vor::kBlank);
 }
 
 int Split(const VorString& text, VorListValVorString& out, const VorString& separator) noexcept {
   ListFields fields(out);
   if (fields.Owns(text) || fields.Owns(separator)) {
-    return SplitAll(VorString(text).View(), fields, VorString(separator).View());
+    return vor::SplitAll(VorString(text).View(), fields, VorString(separator).View());
   }
-  return SplitAll(text.View(), fields, separator.View());
+  return vor::SplitAll(text.View(), fields, separator.View());
 }
 
 int Split(const VorString& text, VorListValVorString& out, const VorString& separator,
           int count) noexcept {
   ListFields fields(out);
   if (fields.Owns(text) || fields.Owns(separator)) {
-    return SplitUpTo(count, VorString(text).View(), fields, VorString(separator).View());
+    return vor::SplitUpTo(count, VorString(text).View(), fields, VorString(separator).View());
   }
-  return SplitUpTo(count, text.View(), fields, separator.View());
+  return vor::SplitUpTo(count, text.View(), fields, separator.View());
 }
 
 int Split(const VorString& text, VorListValVorString& out, int count) noexcept {
   ListFields fields(out);
-  if (fields.Owns(text)) return SplitPadded(count, VorString(text).View(), fields);
-  return SplitPadded(count, text.View(), fields);
-}
-
-int Split(const VorString& text, TAIndex& out) noexcept {
-  return Split(text, out, kBlank);
-}
-
-int Split(const VorString& text, TAIndex& out, const VorString& separator) noexcept {
-  return SplitAll(text.View(), IndexFields(out), separator.View());
-}
-
-int Split(const VorString& text, TAIndex& out, const VorString& separator, int count) noexcept {
-  return SplitUpTo(count, text.View(), IndexFields(out), separator.View());
-}
-
-int Split(const VorString& text, TAIndex& out, int count) noexcept {
-  return SplitPadded(count, text.View(), IndexFields(out));
+  if (fields.Owns(text)) return vor::SplitPadded(count, VorString(text).View(), fields);
+  return vor::SplitPadded(count, text.View(), fields);
 }
 
 int ToLine(const VorListValVorString& words, VorString& line) noexcept {
-  return ToLine(words, line, kBlank);
+  return ToLine(words, line, vor::kBlank);
 }
 
 int ToLine(const VorListValVorString& words, VorString& line, const VorString& separator) noexcept {
   if (words.Size() == 0) return 0;
-  // Joined apart from line, which may be the separator or one of the words.
+  // Joined in another string: line may be the separator or one of the words.
   std::string joined(words[1].View());
   for (int i = 2; i <= words.Size(); ++i) {
     joined += separator.View();
@@ -218,14 +130,14 @@ void rInsertInList(const VorString& value, VorListValVorString& sorted, int low,
 const char* Q_strstr(const char* text, const char* pattern, int limit) {
   if (pattern == nullptr || text == nullptr) return nullptr;
   if (*pattern == '\0') return *text == '\0' ? text : nullptr;
-  const char* next = pattern;  // what of the pattern is to be met next
+  const char* next = pattern;  // the character of the pattern to compare next
   for (int consumed = 0; consumed < limit && *text != '\0' && *text != '\n';) {
     if (*text == *next) {
       ++next;
       if (*next == '\0') return text + 1 - (next - pattern);
     } else if (next != pattern) {
       next = pattern;
-      continue;  // the same character once more; the text never moves back
+      continue;  // compare the same character of the text again, never an earlier one
     }
     ++text;
     ++consumed;
@@ -234,16 +146,17 @@ const char* Q_strstr(const char* text, const char* pattern, int limit) {
 }
 
 VorString substituteEntities(const VorString& text) noexcept {
-  // An ampersand once took the detour over this word, so that later replacements did not touch
-  // the entities; stored files show that the word itself came out as an ampersand.
+  // An ampersand was once replaced by this word first, so that later replacements did not change
+  // the entities.  Therefore stored files contain "&amp;" for the word itself.
   constexpr std::string_view kPlaceholder = "toreplace";
   const std::string_view rest = text.View();
   std::string escaped;
   escaped.reserve(rest.size());
-  std::size_t plain = 0;  // start of what is still to be copied as it is
+  std::size_t plain = 0;  // start of the text that is not copied yet
   for (std::size_t i = 0; i < rest.size();) {
     const bool isPlaceholder = rest[i] == 't' && rest.substr(i).starts_with(kPlaceholder);
-    const std::string_view entity = EntityOf(isPlaceholder ? '&' : rest[i]);
+    const auto byte = static_cast<unsigned char>(rest[i]);
+    const std::string_view entity = vor::XmlEntityOf(isPlaceholder ? '&' : byte);
     const std::size_t length = isPlaceholder ? kPlaceholder.size() : 1;
     if (!entity.empty()) {
       escaped.append(rest, plain, i - plain).append(entity);
@@ -257,8 +170,4 @@ VorString substituteEntities(const VorString& text) noexcept {
 
 int CompareTAStrings(VorString* left, VorString* right) {
   return strcmp(*left, *right);
-}
-
-int CompareTAStrings(TAFileName* left, TAFileName* right) {
-  return TAFileName::Compare(left, right);
 }

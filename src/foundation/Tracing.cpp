@@ -9,6 +9,7 @@
 #include <iostream>
 #include <string_view>
 
+#include "base/NullText.h"
 #include "base/VorStackTrace.h"
 
 namespace {
@@ -20,30 +21,39 @@ struct tm LocalTime() {
   return local;
 }
 
-// Fatal errors and trace lines may have to tell that memory is out, so a message is never copied.
-std::string_view OrEmpty(const char* message) {
-  return message == nullptr ? std::string_view() : message;
+// Writes the parts as a line.  They are not joined first: that needs memory, and the message may
+// report that memory has run out.
+template <typename... Parts>
+void PutLine(std::ostream& stream, const Parts&... parts) {
+  try {
+    // Without this, the stream would drop every line after one failed write, for instance to a full
+    // disk.
+    if (!stream.good()) stream.clear();
+    (stream << ... << parts) << std::endl;
+  } catch (const std::ios_base::failure&) {  // if the tool has asked the stream to throw
+  }
 }
 
 void PutTrace(std::string_view message, int header) {
   if (header == 0) {
-    std::cout << "   " << message << std::endl;
+    PutLine(std::cout, "   ", message);
     return;
   }
-  std::cout << std::endl << std::endl;
-  std::cout << "## " << GetShortDate() << " - " << message << std::endl;
-  std::cout << std::endl;
+  PutLine(std::cout);
+  PutLine(std::cout);
+  PutLine(std::cout, "## ", GetShortDate(), " - ", message);
+  PutLine(std::cout);
 }
 
 }  // namespace
 
 void FATAL(int condition, const char* message) {
   if (condition == 0) return;
-  std::cerr << "FATAL INTERNAL ERROR ------------------------" << std::endl;
-  std::cerr << OrEmpty(message) << std::endl;
-  std::cerr << "STACK ---------------------------------------" << std::endl << std::flush;
-  // The banner goes to standard error and the trace to standard output: harnesses that keep the
-  // two apart look for each in its place.
+  PutLine(std::cerr, "FATAL INTERNAL ERROR ------------------------");
+  PutLine(std::cerr, vor::TextOrEmpty(message));
+  PutLine(std::cerr, "STACK ---------------------------------------");
+  // The banner goes to standard error, the trace to standard output: test harnesses look for them
+  // there.
   VorStackTrace stack;
   stack.GetTrace();
   stack.Print(stdout, 0, 0);
@@ -51,7 +61,7 @@ void FATAL(int condition, const char* message) {
 }
 
 void Trace(const char* message, int header) {
-  PutTrace(OrEmpty(message), header);
+  PutTrace(vor::TextOrEmpty(message), header);
 }
 
 void Trace(const VorString& message, int header) {
@@ -59,21 +69,21 @@ void Trace(const VorString& message, int header) {
 }
 
 void TraceErr(const VorString& message) {
-  // No blank behind the colon; log filters match this text.
-  std::cout << "   ERROR :" << message << std::endl;
+  // No blank after the colon: log filters match this text.
+  PutLine(std::cout, "   ERROR :", message.View());
 }
 
 void TraceStdErr(const char* message) {
-  std::cerr << OrEmpty(message) << std::endl;
+  PutLine(std::cerr, vor::TextOrEmpty(message));
 }
 
 void TraceStdErr(const VorString& message) {
-  std::cerr << message << std::endl;
+  PutLine(std::cerr, message.View());
 }
 
 VorString GetDate() {
   const time_t now = time(nullptr);
-  tzset();             // ctime looks at the time zone afresh, ctime_r need not
+  tzset();             // ctime must read the time zone again, ctime_r need not
   char text[64] = {};  // ctime_r needs 26 bytes, more only for years of five digits
   if (ctime_r(&now, text) == nullptr) return VorString();
   text[24] = '\0';  // drops the newline

@@ -6,8 +6,19 @@
 #include <string>
 #include <string_view>
 
+#include "base/AsciiCase.h"
 #include "foundation/FieldScan.h"
+#include "foundation/FindText.h"
 #include "foundation/PatternMatch.h"
+
+// MatchesAsC is the plain form of the rule: it looks for one piece of the pattern after the other
+// and compares as the C library does, for which a NUL byte ends a text.
+//
+// Matching is the inner loop of directory reading, where most names differ from the pattern in the
+// first byte that is compared.  MatchesPattern is the fast form for texts and patterns without NUL
+// bytes.  It compares the first piece, then the last one, then those between (MatchesBetween), and
+// reads no byte earlier than it needs it.  It checks for NUL bytes on the way and, if one could
+// change the result, returns that of MatchesAsC.
 
 namespace {
 
@@ -15,7 +26,7 @@ constexpr char kStar = '*';
 constexpr char kNul = '\0';
 constexpr std::size_t kNone = std::string_view::npos;
 
-// What the C library sees of a text.
+// The part of a text that the C library sees.
 std::string_view AsC(std::string_view text) {
   return text.substr(0, text.find(kNul));
 }
@@ -24,14 +35,14 @@ bool HasNul(std::string_view text) {
   return text.find(kNul) != kNone;
 }
 
-// The rule for any bytes, piece by piece as the C library compares them.
+// The rule for any bytes.
 bool MatchesAsC(std::string_view text, std::string_view pattern) {
   if (text == pattern) return true;
   const std::string_view seen = AsC(text);
   vor::FieldScan scan(pattern, std::string_view(&kStar, 1));
   std::string_view piece;
   bool any = false;
-  std::size_t cursor = 0;  // where the piece before was found; pieces may overlap
+  std::size_t cursor = 0;  // where the previous piece was found; pieces may overlap
   while (scan.Next(&piece)) {
     const bool isAtStart = piece.data() == pattern.data();
     const bool isAtEnd = piece.data() + piece.size() == pattern.data() + pattern.size();
@@ -49,12 +60,13 @@ bool MatchesAsC(std::string_view text, std::string_view pattern) {
   return any;
 }
 
-// The answer for a text that begins with the first piece and ends with the last one, whose lengths
-// are given.  Out of line, so that it does not weigh on the names that differ before.
+// The rest of MatchesPattern, for a text that begins with the first piece and ends with the last
+// one.  The lengths of these pieces are first and last.  Out of line, so that names that differ
+// earlier need no stack frame.
 __attribute__((noinline)) bool MatchesBetween(std::string_view text, std::string_view pattern,
                                               std::size_t first, std::size_t last) {
   bool any = first + last > 0;
-  std::size_t cursor = 0;  // where the piece before was found; pieces may overlap
+  std::size_t cursor = 0;  // where the previous piece was found; pieces may overlap
   const std::size_t lastStar = pattern.size() - last - 1;
   for (std::size_t start = first + 1; start <= lastStar;) {
     std::size_t end = start;
@@ -74,18 +86,11 @@ __attribute__((noinline)) bool MatchesBetween(std::string_view text, std::string
   return cursor <= text.size() - last && (!HasNul(text) || MatchesAsC(text, pattern));
 }
 
-char ToUpper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 }  // namespace
 
 bool vor::MatchesPattern(std::string_view text, std::string_view pattern) {
   if (pattern.empty()) return text.empty();
 
-  // Most names differ from most patterns in the first byte that is compared, so nothing is looked
-  // at before it needs to be.  That includes NUL bytes: where one could change the answer, the
-  // slower rule decides.
   std::size_t first = 0;  // length of the first piece
   for (; first < pattern.size() && pattern[first] != kStar; ++first) {
     if (pattern[first] == kNul) return MatchesAsC(text, pattern);
@@ -109,15 +114,15 @@ int TestMatch(const VorString& text, const VorString& pattern) {
 
 int TestMatchNoCase(const VorString& text, const VorString& pattern) noexcept {
   if (pattern == "*") return 1;
-  // Both in upper case, one behind the other; only texts far longer than names need the heap.
+  // Both in upper case, one after the other.  Only texts far longer than names need the heap.
   const std::size_t size = text.View().size() + pattern.View().size();
   std::array<char, 1024> room;
   std::string large;
   if (size > room.size()) large.resize(size);
   char* const upperText = large.empty() ? room.data() : large.data();
   char* const upperPattern =
-      std::transform(text.View().begin(), text.View().end(), upperText, ToUpper);
-  std::transform(pattern.View().begin(), pattern.View().end(), upperPattern, ToUpper);
+      std::transform(text.View().begin(), text.View().end(), upperText, vor::AsciiUpper);
+  std::transform(pattern.View().begin(), pattern.View().end(), upperPattern, vor::AsciiUpper);
   return vor::MatchesPattern({upperText, text.View().size()},
                              {upperPattern, pattern.View().size()});
 }

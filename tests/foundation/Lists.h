@@ -7,7 +7,7 @@
 #include "containers/TAIndex.h"
 #include "foundation/TextUtilities.h"
 
-/// The elements, each with a '|' behind it.
+/// The elements, each followed by '|'.
 inline std::string Joined(const VorListValVorString& list) {
   std::string joined;
   for (int i = 1; i <= list.Size(); ++i) joined.append(list[i].View()) += '|';
@@ -19,7 +19,7 @@ inline std::string Joined(const TAIndex& index) {
   return joined;
 }
 
-/// The list of the words of a text, which a blank separates.
+/// The list of the words of a text.
 inline VorListValVorString ListOf(const char* words) {
   VorListValVorString list;
   Split(words, list);

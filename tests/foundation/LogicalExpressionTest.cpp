@@ -34,7 +34,7 @@ TEST(TestMatchWithLogExp, CombinesPatterns) {
   }
 }
 
-TEST(TestMatchWithLogExp, KeepsTheOddReadings) {
+TEST(TestMatchWithLogExp, KeepsDocumentedQuirks) {
   // A text, '=' if it matches, '#' if not, and the expression.
   for (const std::string row :
        {"=", "=()",
@@ -43,7 +43,7 @@ TEST(TestMatchWithLogExp, KeepsTheOddReadings) {
         // Parentheses are taken off by their place.
         "a#(a)||(b)", "a)||(b=(a)||(b)", "a#!!(a)", "a)=!!(a)", "=!!()", "a#((a)||(b))||c",
         "a=x||(a)", "a#b)||(a||c)||(d",
-        // Marker bytes separate operands too, where there is an operator; of three the first two.
+        // Marker bytes separate operands too, if there is an operator; of three, the first two do.
         "a\x7f\x7fz=a\x7f\x7fz", "z=a\x7f\x7fz||y", "z)#(a\x7f\x7fz)||y",
         "x=(a\x7f\x7fx\x7f\x7fz)||y", "\x7fz=a\x7f||z", "a\x7f#a\x7f||z", "\x7f=z||a\x7f||"}) {
     const std::size_t mark = row.find_first_of("=#");

@@ -1,12 +1,17 @@
 #include "foundation/Tracing.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdlib.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <climits>
+#include <iostream>
 #include <string>
+
+#include "support/InProcess.h"
+#include "support/TempDir.h"
 
 namespace {
 
@@ -24,6 +29,14 @@ extern "C" time_t time(time_t* out) {
 }
 
 namespace {
+
+template <typename Number>
+concept HasText = requires(Number number) {
+  toString(number);
+};
+
+static_assert(!HasText<unsigned>);
+static_assert(!HasText<double>);
 
 class Tracing : public testing::Test {
  protected:
@@ -68,12 +81,40 @@ TEST_F(Tracing, WritesProgressOnStandardOutputAndMessagesOnStandardError) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "one\ntwo\n");
 }
 
+TEST_F(Tracing, GoesOnAfterAFailedWrite) {
+  TempDir dir;
+  const std::string out = dir.Write("out", "");
+  EXPECT_EQ(InProcess([&] {
+              for (const std::string& file : {std::string("/dev/full"), out}) {
+                const int fd = open(file.c_str(), O_WRONLY | O_APPEND);
+                dup2(fd, STDOUT_FILENO);
+                dup2(fd, STDERR_FILENO);
+                Trace(file.c_str(), 0);
+                TraceErr(file);
+                TraceStdErr(file.c_str());
+              }
+              std::cout.rdbuf(nullptr);  // silent, and throws from now on
+              try {
+                std::cout.exceptions(std::ios::badbit);
+              } catch (const std::ios::failure&) {
+                Trace("unseen", 0);
+              }
+              return 0;
+            }),
+            0);
+  EXPECT_EQ(dir.Read("out"), "   " + out + "\n   ERROR :" + out + "\n" + out + "\n");
+}
+
 TEST_F(Tracing, FatalPrintsABannerOnStandardErrorAndTheStackOnStandardOutput) {
-  EXPECT_EXIT((close(STDOUT_FILENO), FATAL(-1, "it broke")), testing::KilledBySignal(SIGABRT),
+  const auto fail = [](bool showsOutput) {  // the death test reads standard error
+    if (showsOutput) dup2(STDERR_FILENO, STDOUT_FILENO);
+    close(showsOutput ? STDERR_FILENO : STDOUT_FILENO);
+    FATAL(-1, "it broke");
+  };
+  EXPECT_EXIT(fail(false), testing::KilledBySignal(SIGABRT),
               testing::ContainsRegex("FATAL INTERNAL ERROR ------------------------\n"
                                      "it broke\n"
                                      "STACK ---------------------------------------\n$"));
-  // Here the child sends standard output where the death test looks, and standard error elsewhere.
-  EXPECT_EXIT((dup2(STDERR_FILENO, STDOUT_FILENO), close(STDERR_FILENO), FATAL(1, "it broke")),
-              testing::KilledBySignal(SIGABRT), testing::ContainsRegex("^#0 .*FATAL.*\n#1 "));
+  EXPECT_EXIT(fail(true), testing::KilledBySignal(SIGABRT),
+              testing::ContainsRegex("^#0 .*FATAL.*\n#1 "));
 }
