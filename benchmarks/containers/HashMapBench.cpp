@@ -10,8 +10,9 @@
 #include "containers/VorHashSCMap.h"
 #include "containers/VorStringPool.h"
 
-// The hash map beside two others on path-like keys.  The peers are asked with texts made
-// beforehand, so none pays for a copy, and they know the length of a key, which we have to find.
+// The hash map beside two others on path-like keys.  The peers are searched for texts that exist
+// already, so they need no copy, and they know the length of a key, which VorHashSCMap has to
+// determine.
 
 namespace {
 

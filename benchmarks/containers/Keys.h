@@ -28,7 +28,7 @@ void Shuffle(std::vector<T>& items) {
 }
 
 /// Elements of a pool in an order that repeats too late for the branch predictor to learn it.  They
-/// lie in memory one behind the other, as the words of a file that has just been read.
+/// are adjacent in memory, like the words of a file that has just been read.
 template <typename T>
 std::vector<T> Draws(const std::vector<T>& pool) {
   std::mt19937 random(3);

@@ -13,7 +13,8 @@
 #include "containers/TAIndexI.h"
 
 // The sorted indexes beside a balanced tree and a sorted vector, on keys that look like the paths
-// of a build tree.  The peers are asked with texts made beforehand, so none pays for a copy.
+// of a build tree.  The peers are searched for texts that exist already, so none of them has to
+// copy a key.
 
 namespace {
 
@@ -89,7 +90,7 @@ void LookUp(benchmark::State& state, const Container& container, const std::vect
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(draws.size()));
 }
 
-// Asks a container that has just been built in random order once for each of its keys.
+// Searches a container, just built in random order, once for each of its keys.
 template <typename Container>
 void FirstHits(benchmark::State& state) {
   const std::vector<std::string> keys = KeysIn(Order::kRandom, static_cast<int>(state.range(0)));

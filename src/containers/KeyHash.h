@@ -26,10 +26,10 @@ inline constexpr Powers kPowers;
 
 #if defined(__SSE2__)
 
-// The polynomial of a text, kept as four partial sums: one for each place in fours of bytes.
+// The polynomial of a text, kept as four partial sums: one for each position modulo 4.
 class Sums {
  public:
-  // Appends a piece of which the last bytes count, as many as \a power says: 31 to their number.
+  // Appends the last bytes of a piece; \a power is 31 to the power of their number.
   void Append(__m128i bytes, std::uint32_t power) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i by31 = _mm_set1_epi32(1 << 16 | 31);
@@ -52,7 +52,7 @@ class Sums {
   }
 
  private:
-  // In the lower half of each 64 bits; what stands above is of no meaning.
+  // The sums are in the lower half of each 64 bits; the upper halves have no meaning.
   __m128i _even = _mm_setzero_si128();  // of the first and third four of a piece
   __m128i _odd = _mm_setzero_si128();
 };
@@ -71,8 +71,8 @@ inline __m128i LoadLast(const char* end, std::size_t count) {
 
 }  // namespace keyhash
 
-/// The hash of a key: from 0 on, hash x 31 + byte for each of its \a length bytes, as unsigned
-/// bytes and modulo 2^32.  The order of a walk over a map follows from it.
+/// The hash of a key of \a length bytes: starting at 0, hash x 31 + byte for each unsigned byte,
+/// modulo 2^32.  It determines the order of walks over a map.
 inline std::uint32_t KeyHash(const char* key, std::size_t length) {
   using keyhash::kPiece;
   using keyhash::kPowers;
@@ -92,7 +92,7 @@ inline std::uint32_t KeyHash(const char* key, std::size_t length) {
   return hash;
 }
 
-/// Whether two texts of \a length bytes are the same, for texts that most likely are.
+/// Whether two texts of \a length bytes are the same.  Optimised for texts that usually are.
 inline bool IsSameText(const char* one, const char* other, std::size_t length) {
 #if defined(__SSE2__)
   if (length >= keyhash::kPiece) {

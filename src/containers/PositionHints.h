@@ -10,16 +10,17 @@
 
 namespace vor {
 
-/// Tells most look-ups in a sorted array of texts where to look, so that they need no bisection.
+/// Finds most texts in a sorted array without a bisection.
 ///
-/// A hash table with open addressing that holds for each text of the array its 32-bit tag and a
-/// hint, the position where it was last seen.  Insertions and removals in the array make hints
-/// stale: a hint is only worth a comparison with the text at that position.  The tags are exact: a
-/// text whose tag is not in the table is not in the array.
+/// A hash table with open addressing.  For each text of the array it holds a 32-bit tag and a hint,
+/// the position at which the text was last found.  Insertions and removals in the array make hints
+/// stale, so a hint must be checked by a comparison with the text at that position.  Tags are never
+/// stale: a text whose tag is not in the table is not in the array.
 ///
-/// Errors:  Add fails when there is no memory and when too many tags crowd in one place, for which
-///          somebody has to choose the texts.  The table is then to be thrown away.
-/// Threads: Find and Correct may be called by several threads at once while none calls the others.
+/// Errors:  Add fails if there is no memory, and if too many tags crowd in one place, which happens
+///          only with texts that were chosen for it.  The table must then be discarded.
+/// Threads: Find and Correct may be called by several threads at once while no thread calls another
+///          operation.
 class PositionHints {
  public:
   static constexpr int kAbsent = -1;   // no text has this tag
@@ -38,8 +39,8 @@ class PositionHints {
   /// Removes the tag, which is in the table, of a text that is removed.
   void Remove(std::uint32_t tag);
 
-  /// The hint of \a tag that \a isRight accepts, kAbsent or kUnknown.  Something must have been
-  /// added before.
+  /// The hint of \a tag that \a isRight accepts, kAbsent or kUnknown.  At least one tag must have
+  /// been added before.
   template <typename IsRight>
   int Find(std::uint32_t tag, const IsRight& isRight) const {
     int answer = kAbsent;
@@ -62,12 +63,12 @@ class PositionHints {
     int hint = kAbsent;  // a position; kAbsent in a free slot
   };
 
-  // A tag lies less than this behind its home.  Random tags in a table that is at most half full
-  // do not come near it.
+  // A tag lies less than this after its home.  Random tags in a table that is at most half full do
+  // not come near it.
   static constexpr int kLongestRun = 256;
 
-  // The first bytes of a word are its high bits, and a product moves bits upwards only: so they
-  // come down first.
+  // The first bytes of a word are its high bits.  Multiplication only carries upwards, so fold the
+  // high half down first.
   static TextWord Mix(TextWord word) { return (word ^ word >> 32) * 0x9e3779b97f4a7c15u; }
 
   // Const look-ups of several threads may correct the same hint.

@@ -12,25 +12,26 @@
 
 namespace vor {
 
-// What the sorted indexes have in common.  An index has the public fields keys, values, count,
-// capacity and step: keys[0] to keys[count - 1] are strictly ordered, and values[i] belongs to
-// keys[i].  Positions are 0-based.
+// Shared code of the sorted indexes.  An index has the public fields keys, values, count, capacity
+// and step: keys[0] to keys[count - 1] are strictly ordered, and values[i] belongs to keys[i].
+// Positions are 0-based.
 
-/// Where a key is in a sorted array or, if it is absent, where it would have to go.
+/// The position of a key in a sorted array or, if the key is absent, the position for its
+/// insertion.
 struct SortedPlace {
   int position;
   bool isPresent;
 };
 
-/// Bisects \a count sorted keys.  \a compare gives the sign of the key that is searched against
-/// one stored key, and is told by Prefetch which ones may be next.
+/// Bisects \a count sorted keys.  \a compare returns the sign of the searched key against a stored
+/// one; its Prefetch is called with the keys that may be compared next.
 ///
-/// The loop never leaves early, so that the choice in it needs no branch: on random keys a wrongly
-/// predicted branch costs more than the comparisons that it saves.
+/// The loop never ends early, so that its choice compiles without a branch: on random keys a
+/// mispredicted branch costs more than the comparisons that it saves.
 template <typename Key, typename Compare>
 SortedPlace FindPlace(const Key* keys, int count, Compare compare) {
   if (count == 0) return {0, false};
-  const Key* first = keys;  // of the keys left, at the end the last one not behind the searched one
+  const Key* first = keys;  // of the keys left; at the end the last one not after the searched one
   for (int size = count; size > 1;) {
     const int half = size / 2;
     size -= half;
@@ -42,8 +43,8 @@ SortedPlace FindPlace(const Key* keys, int count, Compare compare) {
   return {static_cast<int>(first - keys) + (sign > 0), sign == 0};
 }
 
-/// The same for a key that is to be added.  The last key is asked first, so that keys that arrive
-/// in order cost one comparison each.
+/// The same for a key to be added.  It is compared with the last key first, so keys that arrive in
+/// order cost one comparison each.
 template <typename Key, typename Compare>
 SortedPlace FindPlaceToAdd(const Key* keys, int count, Compare compare) {
   if (count == 0) return {0, false};
@@ -52,13 +53,13 @@ SortedPlace FindPlaceToAdd(const Key* keys, int count, Compare compare) {
   return FindPlace(keys, count - 1, compare);
 }
 
-/// The position at which \a place says the key is; -1 if it is absent.
+/// The position of a key that is present; -1 if it is absent.
 inline int PositionOrMinusOne(SortedPlace place) {
   return place.isPresent ? place.position : -1;
 }
 
-/// Gives an index without inline arrays its first ones.  Returns their size; if there is no memory
-/// 0, with which the first growth check tries again.
+/// Allocates the first arrays of an index without inline ones.  Returns their size; 0 if there is
+/// no memory, and the first growth check tries again.
 template <typename Key>
 int AllocateArrays(Key*& keys, void**& values, int size) {
   keys = static_cast<Key*>(malloc(static_cast<std::size_t>(size) * sizeof(Key)));
@@ -66,8 +67,8 @@ int AllocateArrays(Key*& keys, void**& values, int size) {
   return keys == nullptr || values == nullptr ? 0 : size;
 }
 
-/// \a array with room for \a size elements, the first \a used of them kept.  An inline one is
-/// copied, any other reallocated.  Null if there is no memory.
+/// Returns \a array with room for \a size elements; the first \a used ones are kept.  An inline
+/// array is copied, any other reallocated.  Null if there is no memory.
 template <typename T>
 T* GrowArray(T* array, bool isInline, int used, int size) {
   const std::size_t bytes = static_cast<std::size_t>(size) * sizeof(T);
@@ -77,11 +78,11 @@ T* GrowArray(T* array, bool isInline, int used, int size) {
   return grown;
 }
 
-/// Makes sure that one more key leaves a slot free: otherwise the capacity grows by one step, and
-/// the step becomes half of the capacity once that has passed ten steps.  Ends the process if there
-/// is no memory or an int cannot count the slots.
+/// Ensures that a slot is free even after one more key.  Otherwise the capacity grows by one step;
+/// once it exceeds ten steps, the step becomes half of the capacity.  Ends the process if there is
+/// no memory or an int cannot count the slots.
 ///
-/// \a room is what the arrays really hold.  It doubles at least, so that the small steps of the
+/// \a room is the real size of the arrays.  It at least doubles, so that the small steps of the
 /// capacity do not copy the arrays each time.
 template <typename Index>
 void GrowForOneMore(Index& index, int& room, bool isInline = false) {
@@ -109,20 +110,20 @@ void GrowForOneMore(Index& index, int& room, bool isInline = false) {
 /// be a free slot.
 template <typename Index, typename Key>
 void InsertAt(Index& index, int position, Key key, void* value) {
-  const std::size_t behind = static_cast<std::size_t>(index.count - position);
-  memmove(index.keys + position + 1, index.keys + position, behind * sizeof(Key));
-  memmove(index.values + position + 1, index.values + position, behind * sizeof(void*));
+  const std::size_t after = static_cast<std::size_t>(index.count - position);
+  memmove(index.keys + position + 1, index.keys + position, after * sizeof(Key));
+  memmove(index.values + position + 1, index.values + position, after * sizeof(void*));
   index.keys[position] = key;
   index.values[position] = value;
   ++index.count;
 }
 
-/// Closes the gap of the entry at \a position; whatever its key owns has been released.
+/// Removes the entry at \a position.  The caller must have freed the key copy.
 template <typename Index>
 void RemoveAt(Index& index, int position) {
-  const std::size_t behind = static_cast<std::size_t>(index.count - position - 1);
-  memmove(index.keys + position, index.keys + position + 1, behind * sizeof(*index.keys));
-  memmove(index.values + position, index.values + position + 1, behind * sizeof(void*));
+  const std::size_t after = static_cast<std::size_t>(index.count - position - 1);
+  memmove(index.keys + position, index.keys + position + 1, after * sizeof(*index.keys));
+  memmove(index.values + position, index.values + position + 1, after * sizeof(void*));
   --index.count;
 }
 

@@ -1,18 +1,18 @@
 #ifndef VOR_CONTAINERS_TACOMPONENT_H
 #define VOR_CONTAINERS_TACOMPONENT_H
 
-#include "base/Export.h"
-#include "base/VorString.h"
-#include "containers/VorHashRWMap.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
+#include "VorHashRWMap.h"
 
 class VorHashRWMapIteratorRef;
 class VorListValVorString;
 class VorMapIterator;
 
-/// A dictionary with a name: untyped pointers under texts.
+/// A named dictionary: maps texts to untyped pointers.
 ///
 /// Ownership: copies the keys, never owns the values.
-/// Errors:    a null key is never present; where memory is out, as VorHashSCMap.
+/// Errors:    a null key is never present; without memory, as VorHashSCMap.
 /// Threads:   not synchronised; distinct components are independent.
 class VOR_API TAComponent {
  public:
@@ -25,8 +25,8 @@ class VOR_API TAComponent {
   void SetName(VorString name);
   const VorString& GetName() const;
 
-  /// Adds a pair: 0, also if there was no memory for it.  Returns 1, with nothing changed, if the
-  /// key is present already or null.
+  /// Adds a pair.  Returns 1 and changes nothing if the key is null or already present; otherwise
+  /// returns 0, even if there was no memory for the pair.
   int Insert(const char* key, void* value);
   int Insert(const VorString& key, void* value);
 
@@ -48,15 +48,15 @@ class VOR_API TAComponent {
   /// The number of pairs.
   int GetSize();
 
-  /// A walk over all pairs, in the order of the map, that the caller deletes; null without memory.
+  /// A new walk over all pairs, in the order of the map; the caller deletes it.  Null without
+  /// memory.
   VorMapIterator* GetIterator();
 
-  /// The same walk, but kept by the component: valid until the next change, never to be deleted;
-  /// null without memory.
+  /// The same walk, owned by the component and valid until its next change; null without memory.
   VorHashRWMapIteratorRef* GetIteratorRef();
 
   /// Replaces \a keys by all keys in ascending strcmp order and returns their number.  Without
-  /// memory for a walk there are none, which also holds for DumpKeys.
+  /// memory for a walk, \a keys is empty, and DumpKeys writes nothing.
   int GetList(VorListValVorString& keys);
 
   /// Writes every key as a trace line, in the order of the map.

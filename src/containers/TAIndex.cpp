@@ -14,9 +14,8 @@ namespace {
 
 constexpr int kMinStep = 10;
 
-// The order of a text against stored keys.  In a bisection all keys between the nearest known
-// neighbours of the text share with it what both neighbours share, so comparisons begin behind
-// that.
+// The order of a text against stored keys.  A bisection narrows the text between two neighbours.
+// All keys between them begin with what both share with the text, so comparisons start after that.
 class ByText {
  public:
   explicit ByText(const vor::TextWords& text) : _text(text) {}
@@ -31,7 +30,7 @@ class ByText {
       mine = _text[++word];
       other = vor::LoadTextWord(bytes);
     }
-    (mine < other ? _sharedBehind : _sharedBefore) = word;
+    (mine < other ? _sharedAfter : _sharedBefore) = word;
     return (mine > other) - (mine < other);
   }
 
@@ -40,11 +39,11 @@ class ByText {
   }
 
  private:
-  std::size_t Shared() const { return std::min(_sharedBefore, _sharedBehind); }
+  std::size_t Shared() const { return std::min(_sharedBefore, _sharedAfter); }
 
   const vor::TextWords& _text;
   std::size_t _sharedBefore = 0;  // words shared with the nearest key known to be before the text
-  std::size_t _sharedBehind = 0;  // and with the nearest one behind it
+  std::size_t _sharedAfter = 0;   // and with the nearest one after it
 };
 
 std::uint32_t TagOf(const char* key) {

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 namespace vor {
 class PositionHints;
@@ -13,16 +13,16 @@ class TextWords;
 /// A set of distinct texts, each with one untyped pointer, kept sorted in ascending strcmp order.
 ///
 /// Append adds, IsIn and operator[] find.  Positions are 0-based, 0 to count - 1, and follow the
-/// order; every insertion and removal changes the positions behind it.  To walk an index, read
+/// order; every insertion and removal changes the positions after it.  To walk an index, read
 /// keys[i] and values[i] for each position.
 ///
 /// Up to nine entries live inside the object and are found by bisection.  A larger index also keeps
-/// a hash table of hints where a key was last seen, 16 to 32 bytes a key, and bisects where they
-/// have become wrong.  Texts that arrive in order are appended in constant time; others move the
-/// entries behind them.
+/// a hash table of hints, 16 to 32 bytes for each key: the position at which the key was last
+/// found.  A look-up with a wrong hint falls back to bisection.  Texts that arrive in order are
+/// appended in constant time; others move the entries after them.
 ///
 /// Ownership: keeps copies of the keys, never owns the values.  A key copy lives until it is
-///            removed; the key handed to a call may be one of the index's own.
+///            removed; the key passed to a call may be one of the index's own.
 /// Errors:    a null key is in no index and is not added.  The process ends with FATAL if the
 ///            arrays cannot grow.
 /// Threads:   distinct indexes are independent; one index must not be changed by one thread while
@@ -39,15 +39,15 @@ class VOR_API TAIndex {
   ~TAIndex();
 
   /// Adds a copy of \a key with \a value.  Returns the stored key: the new one or, with the value
-  /// unchanged, the one that was there already.  Returns null, with nothing changed, for a null key
-  /// and where there is no memory for the copy.
+  /// unchanged, the one that was already present.  Returns null, with nothing changed, for a null
+  /// key and if there is no memory for the copy.
   const char* Append(const char* key, void* value);
 
   /// The position of \a key; -1 if it is absent.
   int IsIn(const char* key) const;
 
   /// The position of the stored key that consists of the first \a length bytes of \a key; -1 if
-  /// there is none, if \a key ends before, or if \a length is negative.
+  /// there is none, if \a key is shorter, or if \a length is negative.
   int IsIn(const char* key, int length) const;
 
   /// The value of \a key; null if it is absent.
@@ -57,11 +57,11 @@ class VOR_API TAIndex {
   /// there is no such position.
   int RemovePosition(int position);
 
-  /// Removes all entries and keeps the arrays.  The capacity becomes one step, or stays what it is
-  /// where it is less than that.  Returns 0.
+  /// Removes all entries and keeps the arrays.  The capacity becomes one step unless it is smaller
+  /// already.  Returns 0.
   int Reset();
 
-  /// Grows the arrays unless one more key would still leave a slot free.  Append calls it before it
+  /// Grows the arrays if one more key would fill the last free slot.  Append calls it before it
   /// adds a key.  Returns 0.
   int increaseAllocSize();
 

@@ -1,16 +1,16 @@
 #ifndef VOR_CONTAINERS_TAINDEXB_H
 #define VOR_CONTAINERS_TAINDEXB_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 /// A set of distinct binary keys of one fixed size, each with one untyped pointer, kept sorted.
 ///
-/// A key is a row of signed 32-bit words.  Callers rely on the descending order: the key whose
+/// A key is a sequence of signed 32-bit words.  Callers rely on the descending order: the key whose
 /// first differing word is greater comes first.  Positions are 0-based, 0 to count - 1; every
-/// insertion and removal changes the positions behind it.
+/// insertion and removal changes the positions after it.
 ///
 /// Ownership: keeps copies of the keys, never owns the values.  A key copy lives until it is
-///            removed; the key handed to a call may be one of the index's own, and need not be
+///            removed; the key passed to a call may be one of the index's own, and need not be
 ///            aligned.
 /// Errors:    a null key is in no index and is not added.  The process ends with FATAL for a key
 ///            size below 1 and if the arrays cannot grow.
@@ -26,8 +26,8 @@ class VOR_API TAIndexB {
   ~TAIndexB();
 
   /// Adds a copy of \a key with \a value.  Returns the stored key: the new one or, with the value
-  /// unchanged, the one that was there already.  Returns null, with nothing changed, for a null key
-  /// and where there is no memory for the copy.
+  /// unchanged, the one that was already present.  Returns null, with nothing changed, for a null
+  /// key and if there is no memory for the copy.
   const void* Append(const void* key, void* value);
 
   /// The position of \a key; -1 if it is absent.
@@ -46,12 +46,12 @@ class VOR_API TAIndexB {
   /// Removes all entries and keeps the arrays and the capacity.  Returns 0.
   int Reset();
 
-  /// Grows the arrays unless one more key would still leave a slot free.  Append calls it before it
+  /// Grows the arrays if one more key would fill the last free slot.  Append calls it before it
   /// adds a key.  Returns 0.
   int increaseAllocSize();
 
-  /// Which of two keys, neither null, comes first: -1 if \a key does, for the first word that
-  /// differs is greater in it; +1 if \a stored does; 0 if they are equal.
+  /// Orders two keys, neither null.  -1 if \a key comes first, because its first differing word is
+  /// the greater one; +1 if \a stored comes first; 0 if they are equal.
   int compare(const void* key, void* stored) const;
 
   // For callers to read; only the index itself changes them.

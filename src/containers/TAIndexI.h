@@ -1,12 +1,12 @@
 #ifndef VOR_CONTAINERS_TAINDEXI_H
 #define VOR_CONTAINERS_TAINDEXI_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 /// A set of distinct ints, each with one untyped pointer, kept sorted in ascending order.
 ///
-/// Positions are 0-based, 0 to count - 1; every insertion and removal changes the positions behind
-/// it.  Ints that arrive in order are appended in constant time; others move the entries behind
+/// Positions are 0-based, 0 to count - 1; every insertion and removal changes the positions after
+/// it.  Ints that arrive in order are appended in constant time; others move the entries after
 /// them.
 ///
 /// Ownership: never owns the values.
@@ -20,7 +20,7 @@ class VOR_API TAIndexI {
   TAIndexI& operator=(const TAIndexI&) = delete;
   ~TAIndexI();
 
-  /// Adds \a key with \a value; a key that is there already keeps its value.  Returns \a key.
+  /// Adds \a key with \a value; a key that is already present keeps its value.  Returns \a key.
   int Append(int key, void* value);
 
   /// The position of \a key; -1 if it is absent.
@@ -35,7 +35,7 @@ class VOR_API TAIndexI {
   /// Removes all entries and keeps the arrays and the capacity.  Returns 0.
   int Reset();
 
-  /// Grows the arrays unless one more key would still leave a slot free.  Append calls it before it
+  /// Grows the arrays if one more key would fill the last free slot.  Append calls it before it
   /// adds a key.  Returns 0.
   int increaseAllocSize();
 

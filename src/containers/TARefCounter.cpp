@@ -5,7 +5,7 @@
 void TARefCounter::Release() {
   FATAL(_count < 1, "Too many release on object");
   if (_count == 1) {
-    delete this;  // with its reference still counted: the destructor looks for exactly one
+    delete this;  // its reference is still counted: the destructor expects exactly one
   } else {
     --_count;
   }
@@ -13,7 +13,7 @@ void TARefCounter::Release() {
 
 TARefCounter::~TARefCounter() {
   FATAL(_count != 1, "Delete on referenced object");
-  // A release of the dead object is likely to be noticed.  A plain store would be left out, as the
-  // compiler knows that nobody may read it.
+  // Makes it likely that a later release of the deleted object is detected.  The compiler would
+  // remove a plain store, because no valid code can read it.
   const_cast<volatile int&>(_count) = 0;
 }

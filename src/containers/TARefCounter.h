@@ -1,16 +1,17 @@
 #ifndef VOR_CONTAINERS_TAREFCOUNTER_H
 #define VOR_CONTAINERS_TAREFCOUNTER_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
+#include "../base/VorListPtr.h"
 
 /// Base class of objects that several owners share: a count of references that deletes the object
 /// when the last one is released.
 ///
-/// The creator holds the first reference.  Whoever keeps the object calls AddRef once and Release
-/// once when done.  A holder of the only reference may also delete the object, and an object on the
-/// stack ends with its scope.
+/// The creator holds the first reference.  Each further owner calls AddRef once, and Release once
+/// when done.  The holder of the only reference may also delete the object, and an object on the
+/// stack is destroyed at the end of its scope.
 ///
-/// Ownership: of the object, shared by those who hold references.
+/// Ownership: the object belongs to all holders of references.
 /// Errors:    misuse ends the process with FATAL: a release without a reference, and the
 ///            destruction of an object that others still reference.
 /// Threads:   the count is a plain integer; references to one object are taken and released by one
@@ -24,13 +25,19 @@ class VOR_API TARefCounter {
   /// Takes a reference.
   void AddRef() { ++_count; }
 
-  /// Gives a reference back; the last one deletes the object.
+  /// Releases a reference; the last release deletes the object.
   void Release();
 
   virtual ~TARefCounter();
 
  private:
   int _count = 1;  // references held
+};
+
+/// A list of pointers to shared objects.  It neither owns them nor holds references.
+class VOR_API VorListPtrTARefCounter : public VorListPtr<TARefCounter> {
+ public:
+  using VorListPtr::VorListPtr;
 };
 
 #endif  // VOR_CONTAINERS_TAREFCOUNTER_H

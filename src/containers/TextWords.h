@@ -10,7 +10,7 @@
 
 namespace vor {
 
-/// Eight bytes of text as a number; numbers are in the order of their bytes.
+/// Eight bytes of text as a number.  Two numbers compare as their bytes do.
 using TextWord = std::uint64_t;
 
 inline TextWord LoadTextWord(const char* bytes) {
@@ -19,8 +19,8 @@ inline TextWord LoadTextWord(const char* bytes) {
   return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
 }
 
-/// A text without NUL bytes, read in words.  The last word is padded with NUL bytes and holds one
-/// at least, so that texts are in strcmp order when their words are.
+/// A text without NUL bytes, read in words.  The last word is padded with at least one NUL byte, so
+/// texts are in strcmp order if their words are.
 ///
 /// Ownership: refers to the text, which must outlive it.
 class TextWords {

@@ -4,9 +4,12 @@
 
 #include "containers/VorHashRWMapIteratorRef.h"
 
-VorHashRWMap::~VorHashRWMap() {
-  delete _iterator;
-}
+VorHashRWMap::VorHashRWMap(VorStringPool* pool) : VorHashSCMap(pool) {}
+
+VorHashRWMap::VorHashRWMap(int size, float loadFactor, VorStringPool* pool)
+    : VorHashSCMap(size, loadFactor, pool) {}
+
+VorHashRWMap::~VorHashRWMap() = default;
 
 const char* VorHashRWMap::insert(const char* key, void* value) {
   _modified = true;
@@ -26,15 +29,12 @@ void VorHashRWMap::clear() {
 VorHashRWMapIteratorRef* VorHashRWMap::getIteratorRef() {
   if (!_modified && _iterator != nullptr) {
     _iterator->RewindIterator();
-    return _iterator;
+    return _iterator.get();
   }
-  delete _iterator;
-  _iterator = new (std::nothrow) VorHashRWMapIteratorRef(getSize());
-  if (_iterator != nullptr && _iterator->GetRoom() < getSize()) {
-    delete _iterator;
-    _iterator = nullptr;
-  }
+  _iterator.reset();  // its memory first
+  _iterator.reset(new (std::nothrow) VorHashRWMapIteratorRef(getSize()));
+  if (_iterator != nullptr && _iterator->GetRoom() < getSize()) _iterator.reset();
   _modified = _iterator == nullptr;
   if (_iterator != nullptr) FillIterator(*_iterator);
-  return _iterator;
+  return _iterator.get();
 }

@@ -1,8 +1,8 @@
 #ifndef VOR_CONTAINERS_VORHASHRWMAPITERATORREF_H
 #define VOR_CONTAINERS_VORHASHRWMAPITERATORREF_H
 
-#include "base/Export.h"
-#include "containers/VorHashSCMapIterator.h"
+#include "../base/Export.h"
+#include "VorHashSCMapIterator.h"
 
 /// A walk over a hash map that can be started again, as VorHashRWMap keeps it.
 ///
@@ -11,7 +11,7 @@ class VOR_API VorHashRWMapIteratorRef : public VorHashSCMapIterator {
  public:
   using VorHashSCMapIterator::VorHashSCMapIterator;
 
-  /// Goes back before the first pair.
+  /// Moves back before the first pair.
   virtual void RewindIterator();
 };
 

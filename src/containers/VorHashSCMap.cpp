@@ -8,28 +8,66 @@
 #include <mutex>
 #include <new>
 
+#include "base/ForkSafeLock.h"
 #include "base/ZeroedMemory.h"
 #include "containers/KeyHash.h"
+#include "containers/LongChains.h"
 #include "containers/VorHashSCMapIterator.h"
 #include "containers/VorStringPool.h"
 #include "foundation/Tracing.h"
 
+// Buckets.  A bucket is a node in the table itself.  It holds the first pair of its chain, so most
+// look-ups read two places in memory, the bucket and the key.  Further pairs are in nodes of the
+// free list, linked from the bucket.  A new pair takes the place in the table, and the pair that
+// was there moves to a node: nodes move, key copies never do.
+//
+// Digests.  A node holds the hash and the length of its key in one number, so that keys are
+// compared byte by byte only if they are probably equal, and a larger table is filled without
+// reading the keys.
+//
+// Marks.  A Bloom filter of 8 bits a bucket: bit b is set if a key of the chain has the number b.
+// The marks are stored after the table, in the same memory.  Most absent keys are rejected without
+// reading the table.  A mark of 0 means an empty bucket, whose node in the table has no meaning.
+//
+// Free nodes.  One list serves all maps of the process, because a map may be filled on one thread
+// and destroyed on another.  It grows by blocks that are never freed.  Its lock is a leaf that
+// forks take, so a child finds the list whole.
+//
+// Growth.  When count >= load factor x buckets, the buckets double.  Old buckets are walked in
+// order, each chain from its head, and each pair goes to the front of its new chain.  That order is
+// visible in walks, and callers have recorded it, so no change may alter it.
+//
+// Long chains.  Keys with one hash stay together however many buckets there are.  A chain of
+// kLongChain pairs and more gets a side index (LongChains), made by the insertion that walked over
+// so many pairs and again after each growth.  Look-ups walk the first pairs and then search the
+// index; a chain that becomes short loses it.  Unless keys are chosen to collide, no chain comes
+// near that length, and the index costs only a counter.
+
 namespace {
 
 using Node = VorHashSCMap::node;
+using vor::LongChains;
 
 constexpr int kSmallestSize = 8;
 constexpr float kDefaultLoadFactor = 0.75F;
 constexpr int kNodesInBlock = 20000;
+constexpr int kLongChain = 16;  // pairs
 
-// What stands for the length in a digest: of keys too long to tell it, and of keys that are null.
+// In place of the length in a digest: of keys that are too long for it, and of keys that are null.
 constexpr std::uint64_t kLongKey = 0xFFFFFFFEU;
 constexpr std::uint64_t kNoKey = 0xFFFFFFFFU;
 
-constinit std::mutex freeNodesMutex;
+constinit vor::ForkSafeMutex freeNodesMutex(vor::ForkStage::kLeaf);
+const vor::ForkRegistration registration(freeNodesMutex);
 
 std::size_t BytesOf(int buckets) {
   return static_cast<std::size_t>(buckets) * (sizeof(Node) + 1);
+}
+
+void ReportNoMemoryFor(int buckets, const char* where) {
+  std::cout << "# Alloc failed in VorHashSCMap::" << where
+            << ": unable to malloc(_maxSize * sizeof(link)) : "
+            << static_cast<std::size_t>(buckets) * sizeof(Node*) << std::endl;
 }
 
 std::size_t BucketOf(std::uint64_t digest, int buckets) {
@@ -45,11 +83,11 @@ unsigned char MarkOf(std::uint64_t digest) {
   return static_cast<unsigned char>(1U << (static_cast<std::uint32_t>(digest) * 0x9E3779B1U >> 29));
 }
 
-// A key with all that a look-up needs to know of it.
+// A key with all that a look-up needs of it.
 struct Key {
   explicit Key(const char* key) : text(key), length(strlen(key)) {
-    const std::uint64_t told = length < kLongKey ? length : kLongKey;
-    digest = told << 32 | vor::KeyHash(key, length);
+    const std::uint64_t known = length < kLongKey ? length : kLongKey;
+    digest = known << 32 | vor::KeyHash(key, length);
   }
 
   const char* text;
@@ -70,13 +108,41 @@ bool Equals(const Node& pair, const Key& key) {
   return vor::IsSameText(pair.key, key.text, key.length);
 }
 
-Node* Find(const Buckets& buckets, const Key& key) {
+// The pair of a key, and whether the look-up has walked over a long chain.
+struct Found {
+  Node* pair;
+  bool isLong;
+};
+
+// The result of a look-up that has walked over the first pairs of a chain, up to \a rest, without a
+// match.
+[[gnu::noinline]] Found FindInLong(const Buckets& buckets, const LongChains* index, const Key& key,
+                                   Node* rest) {
   const std::size_t bucket = BucketOf(key.digest, buckets.size);
-  Node* head = buckets.table + bucket;
-  __builtin_prefetch(head);
-  if ((buckets.marks[bucket] & MarkOf(key.digest)) == 0) return nullptr;
-  while (head != nullptr && !Equals(*head, key)) head = head->next;
-  return head;
+  if (index != nullptr && index->Has(bucket)) {
+    return {index->Find(bucket, buckets.table + bucket, key.text), true};
+  }
+  while (rest != nullptr && !Equals(*rest, key)) rest = rest->next;
+  return {rest, true};
+}
+
+Found Find(const Buckets& buckets, const LongChains* index, const Key& key) {
+  const std::size_t bucket = BucketOf(key.digest, buckets.size);
+  Node* pair = buckets.table + bucket;
+  __builtin_prefetch(pair);
+  if ((buckets.marks[bucket] & MarkOf(key.digest)) == 0) return {nullptr, false};
+  for (int left = kLongChain; left > 0; --left) {
+    if (Equals(*pair, key)) return {pair, false};
+    pair = pair->next;
+    if (pair == nullptr) return {nullptr, left == 1};
+  }
+  return FindInLong(buckets, index, key, pair);
+}
+
+bool IsLong(const Node* pair) {
+  int length = 0;
+  while (pair != nullptr && length < kLongChain) ++length, pair = pair->next;
+  return length == kLongChain;
 }
 
 // Puts a pair in front of its chain.  The pair that stood in the table moves to the spare node; an
@@ -112,15 +178,13 @@ VorHashSCMap::~VorHashSCMap() {
 }
 
 void VorHashSCMap::Init(int size, float loadFactor) {
-  clear();  // through its slot: a map that keeps a walk of its own must hear of the change
+  clear();  // virtual: a map that keeps a walk must discard it
   free(_table);
   _maxSize = size < kSmallestSize ? kSmallestSize : size;
   _loadFactor = loadFactor > 0.0F && loadFactor < 1.0F ? loadFactor : kDefaultLoadFactor;
   _table = static_cast<node*>(vor::AllocateZeroed(BytesOf(_maxSize)));
   if (_table == nullptr) {
-    std::cout << "# Alloc failed in VorHashSCMap::VorHashSCMap: unable to malloc(_maxSize * "
-                 "sizeof(link)) : "
-              << BytesOf(_maxSize) << std::endl;
+    ReportNoMemoryFor(_maxSize, "VorHashSCMap");
     FATAL(1, "VorHashSCMap without buckets");
   }
   _marks = reinterpret_cast<unsigned char*>(_table + _maxSize);
@@ -132,7 +196,7 @@ int VorHashSCMap::getSize() {
 
 int VorHashSCMap::search(const char* key, void** value) {
   if (value == nullptr) return 0;  // callers count on this, also for a key that is present
-  const node* found = Find({_table, _marks, _maxSize}, Key(key));
+  const node* found = Find({_table, _marks, _maxSize}, _longChains.get(), Key(key)).pair;
   if (found == nullptr) return 0;
   *value = found->value;
   return 1;
@@ -141,7 +205,7 @@ int VorHashSCMap::search(const char* key, void** value) {
 int VorHashSCMap::searchR(node* head, const char* key, void** value) {
   if (value == nullptr) return 0;
   for (; head != nullptr; head = head->next) {
-    // The chain may be the caller's own, so its digests tell nothing.
+    // The chain may be the caller's own, so its digests may be wrong.
     if (head->key == nullptr || strcmp(head->key, key) != 0) continue;
     *value = head->value;
     return 1;
@@ -153,33 +217,47 @@ const char* VorHashSCMap::insert(const char* key, void* value) {
   if (key == nullptr) return nullptr;
   const Key text(key);
   const Buckets buckets = {_table, _marks, _maxSize};
-  if (Find(buckets, text) != nullptr) return nullptr;
+  const Found found = Find(buckets, _longChains.get(), text);
+  if (found.pair != nullptr) return nullptr;
 
-  node* spare = nullptr;  // for the pair that the new one takes the place of
-  if (_marks[BucketOf(text.digest, _maxSize)] != 0) {
+  const std::size_t bucket = BucketOf(text.digest, _maxSize);
+  node* spare = nullptr;  // for the pair that the new one displaces
+  if (_marks[bucket] != 0) {
     spare = TakeNode();
     if (spare == nullptr) return nullptr;
   }
   node pair = {CopyOf(key), value, nullptr, text.digest};
   if (pair.key == nullptr) pair.digest |= kNoKey << 32;
   AddFront(buckets, pair, spare);
+  if (found.isLong || _longChains != nullptr) IndexFront(bucket, found.isLong);
   ++_count;
-  if (_loadFactor * static_cast<float>(_maxSize) <= static_cast<float>(_count)) Grow();
+  if (_loadFactor * static_cast<float>(_maxSize) <= static_cast<float>(_count) &&
+      _count >= _growthPause) {
+    Grow();
+  }
   return pair.key;
 }
 
-// Doubles the buckets.  The old ones are walked in order, each pair goes to the front of its new
-// chain: that turns the order of those that stay together round, and walks over the map show it.
-// The pairs keep their key copies, and each but the first of a chain brings the one node that its
-// new chain may need.
+// Keeps the side index after an insertion.
+void VorHashSCMap::IndexFront(std::size_t bucket, bool isLong) {
+  if (_longChains == nullptr) _longChains.reset(new (std::nothrow) LongChains);
+  if (_longChains == nullptr) return;
+  if (_longChains->Has(bucket)) {
+    _longChains->AddFront(bucket, _table + bucket);
+  } else if (isLong) {
+    _longChains->Add(bucket, _table + bucket);
+  }
+}
+
+// Doubles the buckets.  Each pair but the first of a chain brings the one node that its new chain
+// may need.
 void VorHashSCMap::Grow() {
   if (_maxSize > INT_MAX / 2) return;
   const int newSize = 2 * _maxSize;
   auto* table = static_cast<node*>(vor::AllocateZeroed(BytesOf(newSize)));
   if (table == nullptr) {
-    std::cout << "# Alloc failed in VorHashSCMap::insert: unable to malloc(_maxSize * "
-                 "sizeof(link)) : "
-              << BytesOf(newSize) << std::endl;
+    ReportNoMemoryFor(newSize, "insert");
+    _growthPause = _count > INT_MAX / 2 ? INT_MAX : 2 * _count;
     return;
   }
   const Buckets grown = {table, reinterpret_cast<unsigned char*>(table + newSize), newSize};
@@ -206,16 +284,35 @@ void VorHashSCMap::Grow() {
   _table = grown.table;
   _marks = grown.marks;
   _maxSize = newSize;
+  if (_longChains == nullptr) return;
+  // Only a chain that was long can be long now.  Finding these chains costs less than recording
+  // them.
+  *_longChains = LongChains();
+  for (int i = 0; i < _maxSize; ++i) {
+    if (_marks[i] != 0 && IsLong(_table + i)) {
+      _longChains->Add(static_cast<std::size_t>(i), _table + i);
+    }
+  }
 }
 
 void VorHashSCMap::remove(const char* key) {
   if (key == nullptr) return;
-  node* found = Find({_table, _marks, _maxSize}, Key(key));
+  node* found = Find({_table, _marks, _maxSize}, _longChains.get(), Key(key)).pair;
   if (found == nullptr) return;
   const std::size_t bucket = BucketOf(found->digest, _maxSize);
   node& head = _table[bucket];
+  node* before = &head;
+  const bool isIndexed = _longChains != nullptr && _longChains->Has(bucket);
+  if (isIndexed) {
+    before = _longChains->Remove(bucket, &head, found);
+  } else if (found != &head) {
+    while (before->next != found) before = before->next;
+  }
   --_count;
-  if (found == &head) {
+  if (found != &head) {
+    before->next = found->next;
+    addFreeNode(this, found);
+  } else {
     FreeCopy(head.key);
     node* second = head.next;
     if (second == nullptr) {
@@ -224,11 +321,10 @@ void VorHashSCMap::remove(const char* key) {
     }
     head = *second;
     GiveBack(second, second);
-  } else {
-    node* before = &head;
-    while (before->next != found) before = before->next;
-    before->next = found->next;
-    addFreeNode(this, found);
+  }
+  if (isIndexed) {
+    if (_longChains->Length(bucket) > kLongChain / 2) return;  // superfluous bits are harmless
+    _longChains->Drop(bucket);
   }
   unsigned char mark = 0;
   for (const node* pair = &head; pair != nullptr; pair = pair->next) mark |= MarkOf(pair->digest);
@@ -238,11 +334,13 @@ void VorHashSCMap::remove(const char* key) {
 void VorHashSCMap::clear() {
   RemoveAll();
   if (_marks != nullptr) memset(_marks, 0, static_cast<std::size_t>(_maxSize));
+  _growthPause = 0;
 }
 
-// Lets go of all pairs; what the table then says of them is wrong.
+// Frees all pairs.  The table and the marks must not be read before they are cleared.
 void VorHashSCMap::RemoveAll() {
   if (_count == 0) return;
+  _longChains.reset();
   node* first = nullptr;
   node* last = nullptr;
   for (int i = 0; i < _maxSize; ++i) {
@@ -262,14 +360,10 @@ void VorHashSCMap::RemoveAll() {
 }
 
 VorMapIterator* VorHashSCMap::getIterator() {
-  auto* walk = new (std::nothrow) VorHashSCMapIterator(_count);
-  if (walk == nullptr) return nullptr;
-  if (walk->GetRoom() < _count) {
-    delete walk;
-    return nullptr;
-  }
+  std::unique_ptr<VorHashSCMapIterator> walk(new (std::nothrow) VorHashSCMapIterator(_count));
+  if (walk == nullptr || walk->GetRoom() < _count) return nullptr;
   FillIterator(*walk);
-  return walk;
+  return walk.release();
 }
 
 void VorHashSCMap::FillIterator(VorMapIterator& walk) const {
@@ -307,24 +401,24 @@ void VorHashSCMap::AddBlock() {
 }
 
 void VorHashSCMap::createBlocOfFreeNode() {
-  const std::lock_guard<std::mutex> guard(freeNodesMutex);
+  const std::lock_guard guard(freeNodesMutex);
   AddBlock();
 }
 
 VorHashSCMap::node* VorHashSCMap::TakeNode() {
-  const std::lock_guard<std::mutex> guard(freeNodesMutex);
+  const std::lock_guard guard(freeNodesMutex);
   if (firstFree == nullptr) AddBlock();
   node* taken = firstFree;
   if (taken != nullptr) firstFree = taken->next;
   return taken;
 }
 
-// Nodes from first to last, linked, whose keys and values are somebody else's by now.
+// Adds the linked nodes from first to last, which no longer own their keys, to the free ones.
 void VorHashSCMap::GiveBack(node* first, node* last) {
   for (node* n = first; n != last; n = n->next) n->key = nullptr, n->value = nullptr;
   last->key = nullptr;
   last->value = nullptr;
-  const std::lock_guard<std::mutex> guard(freeNodesMutex);
+  const std::lock_guard guard(freeNodesMutex);
   last->next = firstFree;
   firstFree = first;
 }

@@ -20,7 +20,7 @@ VorHashSCMapIterator::~VorHashSCMapIterator() {
 }
 
 int VorHashSCMapIterator::next() {
-  if (_position < _size) ++_position;  // stays behind the last, however often it is asked
+  if (_position < _size) ++_position;  // stays after the last, however often it is called
   return _position < _size;
 }
 
@@ -34,7 +34,7 @@ void* VorHashSCMapIterator::getValue() {
 
 void VorHashSCMapIterator::insert(const char* key, void* value) {
   if (_size <= _inserted) {
-    // The blank in front belongs to the message.
+    // The message begins with a blank; log filters match it.
     printf(" VorHashSCMapIterator::insert, _size too small: %d\n", _size);
     return;
   }

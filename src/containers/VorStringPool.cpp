@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kBlockRoom = 65532;  // what a block hands out, whatever the size of its link
+constexpr int kBlockRoom = 65532;  // bytes of a block for runs, without its link
 
 }  // namespace
 
@@ -22,7 +22,7 @@ VorStringPool::~VorStringPool() {
   clear();
 }
 
-// The messages have no line end; programs that read this output count on it.
+// The messages have no newline; programs that read this output rely on it.
 
 char* VorStringPool::alloc(int n) {
   if (n > kBlockRoom || n < 0) {

