@@ -1,4 +1,5 @@
-// Selecting and listing files on disk: sorted paths from us, glob(3), find(1) and std::filesystem.
+// Selecting and listing files on disk, with sorted paths: the library, glob(3), find(1) and
+// std::filesystem.
 
 #include <benchmark/benchmark.h>
 #include <glob.h>
@@ -31,7 +32,7 @@ class Tree {
                                            ("group" + std::to_string(directory % 10)) /
                                            ("module" + std::to_string(directory));
       if (i % filesPerDirectory == 0) std::filesystem::create_directories(folder);
-      // In an order that is not the one of the names.
+      // Not in the order of the names.
       const std::string number = std::to_string(i * 7919LL % kFiles);
       std::ofstream(folder / ("source_file_" + number + (i % 4 == 0 ? ".h" : ".cpp")));
     }
@@ -59,7 +60,7 @@ const std::string& FlatRoot() {
   return tree.Root();
 }
 
-// All find the same number of paths, or the figures mean nothing.
+// The figures are comparable only if all find the same number of paths.
 void CheckCount(benchmark::State& state, std::size_t count, std::size_t expected) {
   if (count != expected) state.SkipWithError("not all files were found");
 }
@@ -114,7 +115,7 @@ void ListFilesystem(benchmark::State& state, const std::string& root) {
   }
 }
 
-// Without -L, which we and std::filesystem offer but for which find looks at each file.
+// Without -L, which would make find examine each file.
 void ListFind(benchmark::State& state, const std::string& root) {
   for (auto _ : state) {
     std::vector<std::string> paths;
@@ -150,7 +151,7 @@ void BM_ReadRecursiveDirectoryFlat_Find(benchmark::State& state) {
   ListFind(state, FlatRoot());
 }
 
-// Real time: find works in a process of its own.
+// Real time: find runs in a process of its own.
 void Register(const char* name, void (*function)(benchmark::State&)) {
   benchmark::RegisterBenchmark(name, function)
       ->Arg(kFiles)

@@ -1,4 +1,4 @@
-// Normal form and path operations of TAFileName against the rules taken one step at a time.
+// Compares normal form and path operations of TAFileName with the rules applied step by step.
 
 #include <cstdint>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The byte at a position, or the terminator behind the end.
+// The byte at a position, or the terminator at the end.
 char At(const std::string& text, std::size_t position) {
   return position < text.size() ? text[position] : '\0';
 }
@@ -71,7 +71,7 @@ std::string Normal(std::string text) {
   return text;
 }
 
-// The last n components and what is before them; "" where there is nothing.
+// The n-th component from the end, and the text before the last n; "" if there is none.
 std::string Base(const std::string& text, int n) {
   std::size_t slash = text.size();
   for (int i = 0; i < n; ++i) {
@@ -141,8 +141,16 @@ void CheckAll(const std::string& given) {
       Check("under", std::to_string(path.IsUnderDirectory(directory)), std::to_string(isUnder));
     }
   }
+  const char* const place = raw;
+  TAFileName shared(raw);
+  shared.Normalize();
+  Check("normalised a shared text", Text(shared), normal);
+  Check("stayed shared", std::to_string(static_cast<const char*>(shared) == place),
+        std::to_string(normal == whole));
+  shared = TAFileName();
   raw.Normalize();
   Check("normalised", Text(raw), normal);
+  Check("stayed in place", std::to_string(static_cast<const char*>(raw) == place), "1");
 }
 
 }  // namespace

@@ -12,10 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/NamedLists.h"
+#include "base/FileModeBits.h"
 #include "base/VorListValVorString.h"
 #include "base/VorString.h"
-#include "filenames/FileModeBits.h"
 #include "filenames/NormalizePath.h"
 #include "filenames/SortedNames.h"
 #include "filenames/TAFileName.h"
@@ -61,7 +60,7 @@ bool ForEachEntry(const std::string& directory, Use use) {
   return true;
 }
 
-// False for entries of which it is known that nothing can be below them.
+// False for entries that are known not to be directories.
 bool MayBeDirectory(unsigned char type) {
   return type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
 }
@@ -73,7 +72,7 @@ std::vector<std::string_view> Components(std::string_view path) {
   return components;
 }
 
-// What all paths of a pattern begin with.  In the root directory that is "//".
+// The directory in which a pattern starts, with a slash.  In the root directory that is "//".
 std::string StartOf(std::string_view pattern) {
   return pattern.starts_with('/') ? "/" : std::string(GetWorkDir().View()) + "/";
 }
@@ -90,7 +89,7 @@ std::string Normal(std::string path) {
   return path;
 }
 
-// What the normal form of the entries of a directory begins with; the directory has its slash.
+// The beginning that the entries of a directory, which ends in a slash, have in normal form.
 std::string NormalPrefix(const std::string& directory) {
   std::string entry = Normal(directory + "x");
   entry.pop_back();
@@ -113,7 +112,7 @@ void ForEachSelected(const std::vector<std::string>& directories, std::string_vi
   for (const std::string& directory : directories) {
     names.Clear();
     ForEachEntry(directory, [&](std::string_view name, unsigned char type) {
-      // A file in the middle of a path would be found out by the next component.
+      // The next component would fail on a file in the middle of a path.
       if ((isLast || MayBeDirectory(type)) && vor::MatchesPattern(name, component)) {
         names.Add(name, !isLast);
       }
@@ -137,7 +136,7 @@ void ForEachPath(std::string_view pattern, Use use) {
                       [&next](std::string path) { next.push_back(std::move(path)); });
       paths.swap(next);
     } else {
-      // Not looked at: a path exists only if the paths on its way do.
+      // Not tested here: a path exists only if its parents do.
       for (std::string& path : paths) path.append(components[k]) += '/';
     }
   }
@@ -152,15 +151,15 @@ void ForEachPath(std::string_view pattern, Use use) {
 
 // Lists the files below a directory.
 //
-// What is to be found is told by patterns: below the directory d are the paths of the pattern d/*,
-// in normal form, of which those that are directories are listed in the same way.  For nearly all
-// trees that is a plain walk, which takes one look at each directory and none at its files, and
-// which meets the paths in strcmp order.  Where a name is changed by the normal form or taken for
-// a pattern, the pattern itself is expanded, and the paths are sorted in the end.
+// The files below a directory d are defined by patterns: the paths that d/* selects, in normal
+// form, and the files below those of them that are directories.  For nearly all trees that is a
+// plain walk, which reads each directory once, calls stat on no file and meets the paths in strcmp
+// order.  If the normal form changes a name, or a name is itself a pattern, that pattern is
+// expanded and the paths are sorted at the end.
 //
-// A name such as "x\..\..\etc" is that of another path in normal form.  It is taken for that
-// path if this is below the root and deeper than the directory of the name, and dropped otherwise:
-// no name leads out of the tree, and none leads in a circle.
+// The normal form of a name such as "x\..\..\etc" is another path.  The name stands for that path
+// if it is below the root and deeper than the directory of the name; otherwise the name is dropped.
+// So no name leads out of the tree and none leads in a circle.
 class TreeReader {
  public:
   // Appends to out, which the caller has emptied.
@@ -219,7 +218,7 @@ class TreeReader {
   bool WalkFrom(const Directory& directory) {
     if (HasStar(directory.path)) return false;
     const std::string path = WithStart(directory.path);
-    // In normal form this may be another directory.
+    // Its normal form may be another directory.
     if (path.front() != '/' || HasBackslash(path) || path.find("/../") != std::string::npos) {
       return false;
     }
@@ -229,7 +228,7 @@ class TreeReader {
     return true;
   }
 
-  // Lists the next file of the directory that the walk is in, or enters or leaves a directory.
+  // Lists the next file of the current directory, or enters or leaves a directory.
   void Step() {
     Level& level = _levels[_level - 1];
     if (level.next == level.names.Size()) {
@@ -241,7 +240,7 @@ class TreeReader {
     if (!path.ends_with('/')) {
       Append(std::move(path));
     } else if (!Enter(path, path) && errno == EACCES) {
-      // Below a directory that may be read but not searched nothing shows to be a directory.
+      // In a directory that may be read but not searched, no entry can be seen to be a directory.
       path.pop_back();
       _isInOrder = false;
       if (!Exists(path)) Append(std::move(path));
@@ -272,17 +271,17 @@ class TreeReader {
   static bool IsDirectoryEntry(const std::string& prefix, std::string_view name,
                                unsigned char type) {
     if (type == DT_REG || type == DT_FIFO || type == DT_CHR) return false;
-    if (type == DT_DIR) return prefix.size() + name.size() < PATH_MAX;  // as stat would say
+    if (type == DT_DIR) return prefix.size() + name.size() < PATH_MAX;  // as stat would report
     return IsDirectory(Join(prefix, name));
   }
 
-  std::string _base;  // what all paths begin with
+  std::string _base;  // the beginning of all paths
   VorListValVorString& _out;
   bool _isInOrder = true;           // of _out
   std::vector<Directory> _pending;  // still to be listed
   std::size_t _startDepth = 0;      // of the directory where the walk started
   std::size_t _level = 0;           // how many directories the walk is in
-  std::vector<Level> _levels;       // those; what is behind them is kept for its memory
+  std::vector<Level> _levels;       // those; further ones are kept for their memory
 };
 
 }  // namespace

@@ -1,47 +1,52 @@
 #ifndef VOR_FILENAMES_DIRECTORYREADING_H
 #define VOR_FILENAMES_DIRECTORYREADING_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 class VorListValTAFileName;
 class VorListValVorString;
 class VorString;
 
-// Lists of the paths that a pattern with stars selects, and of all files below a directory.
+// Lists the paths that a pattern with stars selects, or all files below a directory.
 //
-// Errors:  none is reported; directories that cannot be read and entries that vanish contribute
-//          no paths.  Running out of memory ends the process.
+// Errors:  none is reported; directories that cannot be read and entries that vanish contribute no
+//          paths.  Running out of memory ends the process.
 // Threads: every function may be called from any thread, on lists that no other thread uses.  The
-//          working directory is only asked for, never changed.
+//          working directory is read, never changed.
 
 /// Appends the existing paths that \a pattern selects to \a out and sorts all of \a out, earlier
-/// contents too, in strcmp order.
+/// contents included, in strcmp order.
 ///
-/// The components of \a pattern between slashes are taken one after the other; empty ones are
-/// dropped, so a slash at the end has no effect.  A component with a star selects the entries of
-/// the directories found so far that TestMatch accepts, hidden ones too but never "." and "..";
-/// any other component is taken as it is.  A pattern that does not begin with a slash starts in
-/// the working directory, and the paths are absolute all the same.  A pattern without components
-/// selects its start, the root or the working directory with a slash behind it.
+/// Slashes separate the components of \a pattern.  Empty components are dropped, so a slash at the
+/// end has no effect.  The components are applied from left to right:
+///  - One with a star selects those entries of the directories found so far that TestMatch accepts.
+///    Hidden entries are selected too, but never "." and "..".
+///  - Any other component names one entry.
+///
+/// A pattern that begins with a slash starts at the root, any other in the working directory; the
+/// paths are absolute in both cases.  A pattern without components selects its start: "/", or the
+/// working directory followed by a slash.
 ///
 /// \a pattern may be an element of \a out.
 VOR_API void ReadDirectory(const VorString& pattern, VorListValVorString& out) noexcept;
 VOR_API void ReadDirectory(const char* pattern, VorListValVorString& out) noexcept;
 
-/// The same as file names, which are in normal form; sorted by their texts.
+/// The same with file names as elements, sorted by their texts in normal form.
 VOR_API void ReadDirectory(const VorString& pattern, VorListValTAFileName& out) noexcept;
 VOR_API void ReadDirectory(const char* pattern, VorListValTAFileName& out) noexcept;
 
 /// Empties \a out and fills it with the paths of all files below the directory \a root, absolute,
-/// in normal form and in strcmp order.  If \a root is a file, \a out gets \a root as it was given;
-/// if it is neither, \a out stays empty.
+/// in normal form and in strcmp order.  If \a root is a file, \a out receives \a root as it was
+/// given.  If it is neither, \a out stays empty.
 ///
-/// Everything that is not a directory by TAFileName::IsDirectory is listed, directories are not.
-/// Links to directories are followed; a cycle of links is followed too, until the system refuses
-/// the path, and that last path is listed.  Names are found by their normal form and directories
-/// by patterns: a name with a backslash is listed with slashes, and a directory whose name holds a
-/// star stands for all directories that the star selects, whose files are then listed again.
-/// Names that lead out of the tree in this way, or back to where the walk has been, are left out.
+/// Every entry for which TAFileName::IsDirectory returns 0 is a file.  Links to directories are
+/// followed.  A cycle of links is followed until the system refuses the path, and that last path is
+/// listed.
+///
+/// Two kinds of names are special, because names are kept in normal form and directories are read
+/// by patterns.  A name with a backslash is listed with slashes.  A directory whose name contains a
+/// star is read as a pattern, so the files of all directories that it selects are listed again.  A
+/// name that would lead out of the tree or in a circle is left out.
 VOR_API void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out) noexcept;
 
 #endif  // VOR_FILENAMES_DIRECTORYREADING_H

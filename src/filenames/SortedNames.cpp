@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kBlockSize = 1 << 16;
 constexpr std::size_t kKeySize = sizeof(std::uint64_t);
 
-// The first bytes of a text as a number that orders as they do; a shorter text comes first.
+// The first bytes of a text as a number that has their order; a shorter text comes first.
 std::uint64_t KeyOf(const char* text) {
   std::uint64_t key = 0;
   std::size_t left = kKeySize;
@@ -73,8 +73,8 @@ std::size_t SortedNames::CommonLength() const {
 
 void SortedNames::Sort() {
   ListNames();
-  // The files of one directory are often called alike; what they have in common is skipped, and
-  // most pairs are told apart by one comparison of numbers.
+  // The files of one directory often have similar names.  With their common beginning skipped, one
+  // comparison of numbers orders most pairs.
   const std::size_t common = CommonLength();
   for (Item& item : _items) item.key = KeyOf(item.name + common);
 

@@ -11,26 +11,25 @@ namespace vor {
 
 /// The names of some entries of one directory, to be walked in strcmp order.
 ///
-/// A name that is a step on the way to others is kept with the slash that follows it.  Where the
-/// names are walked in order and each step is followed by the names below it, whole paths come in
-/// strcmp order, because nothing else in a directory begins with a step and its slash.
+/// The name of a directory that will be entered, a step, is kept with a slash at its end.  A walk
+/// that takes the names in order, and the entries of each step right after it, meets whole paths in
+/// strcmp order: no other name of the directory begins with a step and its slash.
 class SortedNames {
  public:
-  /// Empties the list; its memory is kept for the next names.
+  /// Empties the list and keeps its memory for the next names.
   void Clear();
   /// Adds a name, which holds no NUL byte.
   void Add(std::string_view name, bool isStep);
   void Sort();
 
-  /// The number of names, once they are sorted.
+  /// The number of names; valid after Sort.
   std::size_t Size() const { return _items.size(); }
   /// The name at a 0-based position, with its slash if it is a step.
   std::string_view operator[](std::size_t position) const { return _items[position].name; }
 
  private:
- private:
   struct Item {
-    std::uint64_t key;  // the first bytes in which the names may differ
+    std::uint64_t key;  // the first bytes after those that all names have in common
     const char* name;   // in one of the blocks
   };
   struct Block {
@@ -43,8 +42,8 @@ class SortedNames {
   void ListNames();
   std::size_t CommonLength() const;
 
-  // The names, each with its terminator.  They are never moved, and the array of items is made
-  // when their number is known: large directories cost little more memory than their names.
+  // The names, each with its terminator.  They are never moved, and the items are made when the
+  // number of names is known: a large directory costs little more memory than its names.
   std::vector<Block> _blocks;
   std::size_t _usedBlocks = 0;
   std::size_t _count = 0;

@@ -14,17 +14,19 @@
 #include <utility>
 #include <vector>
 
-#include "filenames/FileModeBits.h"
+#include "base/FileModeBits.h"
+#include "base/NullText.h"
 #include "filenames/NormalizePath.h"
 #include "foundation/Tracing.h"
 
-/// The shared text: the count, and the NUL-terminated characters right behind it.
+/// The shared text: the count of names that share it, and the NUL-terminated characters right after
+/// it.
 struct TAFileName::TextBlock {
-  int count;
+  std::atomic<int> count;
 
   char* Characters() { return reinterpret_cast<char*>(this + 1); }
 
-  /// A block of count 1 that holds the three pieces one behind the other.
+  /// A block of count 1 that holds the three pieces, one after the other.
   static TextBlock* Make(std::string_view first, std::string_view second = {},
                          std::string_view third = {}) {
     const std::size_t length = first.size() + second.size() + third.size();
@@ -47,25 +49,31 @@ struct TAFileName::TextBlock {
     return block;
   }
 
-  /// What a name of \a text holds: null for the empty text, else a block in normal form.
+  /// The block of a name made from \a text: in normal form, or null for the empty text.
   static TextBlock* MakeName(std::string_view text) {
     return text.empty() ? nullptr : MakeNormal(text);
   }
 
-  /// What a name holds that is joined from the name of \a block, which may be null, and \a name.
+  /// The block of a name joined from \a block, which is null for the null name, and \a name.
   static TextBlock* MakeJoin(TextBlock* block, std::string_view name) {
     return block == nullptr ? MakeName(name) : MakeNormal(block->Characters(), "/", name);
   }
 
   static TextBlock* Share(TextBlock* block) {
-    if (block != nullptr) ++block->count;
+    // The name that is copied holds the block, so no memory order is needed.
+    if (block != nullptr) block->count.fetch_add(1, std::memory_order_relaxed);
     return block;
   }
 
+  /// Whether another name holds the block.  If none does, all accesses by other threads have
+  /// finished.
+  bool IsShared() const { return count.load(std::memory_order_acquire) > 1; }
+
   static void Release(TextBlock* block) {
     if (block == nullptr) return;
-    if (--block->count < 0) abort();
-    if (block->count == 0) free(block);
+    const int left = block->count.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (left < 0) abort();
+    if (left == 0) free(block);
   }
 };
 
@@ -91,8 +99,8 @@ bool IsDirectoryPath(const char* path) {
   return GetMode(path, mode) && vor::HasDirectoryBit(mode);
 }
 
-// The length of the path without its last component; 0 if it has no parent, because its only
-// slash, if any, is the first byte.
+// The length of the path without its last component; 0 if it has no parent, which is so without a
+// slash after the first byte.
 std::size_t ParentLength(std::string_view path) {
   for (std::size_t i = path.size(); i > 1; --i) {
     if (path[i - 1] == '/') return i - 1;
@@ -100,8 +108,8 @@ std::size_t ParentLength(std::string_view path) {
   return 0;
 }
 
-// Walks from a path to its parents, giving each time the text that dirname(1) gives of the one
-// before, without a copy for each.
+// Walks from a path to its parents, each being dirname(1) of the one before, without a copy for
+// each.
 class ParentWalk {
  public:
   explicit ParentWalk(std::string_view path) : _path(path) {}
@@ -137,7 +145,7 @@ TAFileName::TAFileName(const char* text, int length) {
 
 TAFileName::TAFileName(const VorString& text) : TAFileName(text.CastToCharPtr()) {}
 
-// A part of the text of a name, as a name of its own.
+// The name of a part of another name's text.
 TAFileName TAFileName::Part(std::string_view text) {
   TAFileName part;
   part._text = TextBlock::MakeName(text);
@@ -175,7 +183,7 @@ TAFileName::~TAFileName() {
   TextBlock::Release(_text);
 }
 
-// Takes the new block, which may hold a copy of the old one's text, and drops what belonged to it.
+// Takes the new block, releases the old one and drops the cached full path.
 void TAFileName::SetText(TextBlock* block) {
   TextBlock::Release(std::exchange(_text, block));
   _fullPath.reset();
@@ -186,7 +194,13 @@ std::string_view TAFileName::View() const {
 }
 
 void TAFileName::Normalize() {
-  if (_text != nullptr) SetText(TextBlock::MakeNormal(View()));
+  if (_text == nullptr) return;
+  const std::string_view text = View();
+  if (!vor::IsNormalPath(text.data(), text.size())) {
+    if (_text->IsShared()) return SetText(TextBlock::MakeNormal(text));
+    vor::NormalizePath(_text->Characters(), text.size());
+  }
+  _fullPath.reset();
 }
 
 TAFileName::operator const char*() const {
@@ -317,8 +331,9 @@ int TAFileName::CreateNotExistingDirectory() const {
 
 int TAFileName::CreateRecursiveDirectory() const noexcept {
   if (IsDirectory()) return 0;
-  // What has to be made, this directory first.  A path too long for the system is kept as an empty
-  // one: making that fails as well, and a text of megabytes does not cost its square in memory.
+  // The directories to make, this one first.  A path too long for the system is kept as an empty
+  // one: creating it fails as well, and a text of megabytes does not take memory quadratic in its
+  // length.
   std::vector<std::string> missing;
   ParentWalk walk(View());
   bool hasParent = true;
@@ -328,7 +343,7 @@ int TAFileName::CreateRecursiveDirectory() const noexcept {
   } while (hasParent && !IsDirectoryPath(walk.Path().c_str()));
 
   if (!hasParent) {
-    // The topmost one counts as made, whatever the answer: whether it is there shows below it.
+    // The result for the topmost one is ignored: if it is missing, the next one fails.
     mkdir(missing.back().c_str(), 0777);
     missing.pop_back();
   }
@@ -356,7 +371,7 @@ TAFileName TAFileName::GetTemporaryFileName() noexcept {
 }
 
 bool operator==(const TAFileName& left, const char* right) {
-  return strcmp(left, right == nullptr ? "" : right) == 0;
+  return strcmp(left, vor::TextOrEmpty(right)) == 0;
 }
 
 std::weak_ordering operator<=>(const TAFileName& left, const TAFileName& right) {
@@ -364,5 +379,5 @@ std::weak_ordering operator<=>(const TAFileName& left, const TAFileName& right) 
 }
 
 std::weak_ordering operator<=>(const TAFileName& left, const char* right) {
-  return strcmp(left, right == nullptr ? "" : right) <=> 0;
+  return strcmp(left, vor::TextOrEmpty(right)) <=> 0;
 }

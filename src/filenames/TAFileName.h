@@ -5,58 +5,62 @@
 #include <memory>
 #include <string_view>
 
-#include "base/Export.h"
-#include "base/VorString.h"
+#include "../base/Export.h"
+#include "../base/VorListVal.h"
+#include "../base/VorString.h"
 
 /// The name of a file or directory.
 ///
-/// A name keeps its text in a normal form that is found by fixed rules on the text alone, without
-/// looking at the file system: backslashes become slashes, and doubled slashes, "." and ".." steps
-/// and one slash at the end are folded (see Normalize).  Names are compared as texts, byte by byte.
+/// A name keeps its text in a normal form.  Fixed rules on the text alone, which never look at the
+/// file system, turn backslashes into slashes and fold doubled slashes, "." and ".." steps and one
+/// slash at the end (see Normalize).  Names are compared as texts, byte by byte.
 ///
-/// The null name has no text.  It is what a null or empty text makes, and what is left when a path
-/// has no further parent.  Where a text is wanted it counts as the empty one.
+/// The null name has no text.  A null or empty text makes it, and so does dirname for a parent that
+/// a path does not have.  As a text, the null name counts as the empty text.
 ///
-/// Ownership: keeps a copy of what it is given.  Copies of a name share one text until one of them
-///            changes.  The characters handed out stay valid while the name lives unchanged.
-/// Errors:    nothing is printed or thrown; each operation on the file system says what it
-///            returns.  Running out of memory ends the process.
-/// Threads:   not synchronised, and copies share a text with a plain count: a name and its copies
-///            belong to one thread.  Hand the text of a name to another thread, not a copy of it.
-///            Names that are no copies of one another are independent.
+/// Ownership: keeps a copy of its text.  Copies of a name share one text until one of them changes.
+///            The text of a name is valid until the name changes or is destroyed.
+/// Errors:    prints and throws nothing; each operation on the file system documents its results.
+///            Running out of memory ends the process.
+/// Threads:   distinct names are independent, even if one is a copy of the other; copies may be
+///            used by other threads.  One name must not be changed by one thread while another uses
+///            it.
 class VOR_API TAFileName {
  public:
   /// The null name.
   TAFileName() = default;
   /// The name of \a text in normal form; the null name for a null or empty text.
   TAFileName(const char* text);
-  /// The same for the first \a length bytes of \a text, fewer where it ends before; 0 or less
-  /// gives the null name.
+  /// The same for the first \a length bytes of \a text, or for all of it if it is shorter.  A
+  /// \a length of 0 or less makes the null name.
   TAFileName(const char* text, int length);
   TAFileName(const VorString& text);
 
   TAFileName(const TAFileName& other);
-  /// Leaves the null name behind in \a other.
+  /// \a other becomes the null name.
   TAFileName(TAFileName&& other) noexcept;
   TAFileName& operator=(const TAFileName& other);
   TAFileName& operator=(TAFileName&& other) noexcept;
-  /// \a text may be a part of this very name's.
+  /// \a text may be a part of the text of this name.
   TAFileName& operator=(const char* text);
   TAFileName& operator=(const VorString& text);
   ~TAFileName();
 
   /// Brings the text into normal form, in this order:
   ///  1. every backslash becomes a slash;
-  ///  2. of a run of k slashes (k + 1) / 2 stay, so "a//b" gives "a/b" and "a///b" gives "a//b";
+  ///  2. of a run of k slashes (k + 1) / 2 stay: "a//b" becomes "a/b" and "a///b" becomes "a//b";
   ///  3. "/./" becomes "/";
   ///  4. in a text longer than two bytes "/." is cut off the end, then "./" off the start;
   ///  5. "name/../" goes, and "name/.." at the end, unless the name before it is empty or made of
   ///     dots only; a ".." step at the very start stays;
   ///  6. one slash at the end is cut off; the root "/" stays.
   ///
-  /// The partial folding of slash runs is relied on by callers that compare stored names.
-  /// Constructors, joins and assignments from text call it; AddExtension and SetExtension do not.
-  /// A name may fold to an empty text, which is not the null name.
+  /// Callers that compare stored names rely on the partial folding of slash runs.  Constructors,
+  /// joins and assignments from text normalise; AddExtension and SetExtension do not.  A name may
+  /// fold to an empty text, which is not the null name.
+  ///
+  /// The text is changed in place, unless other names share it.  If there is nothing to fold, it
+  /// stays shared and keeps its address.  The cached full path is dropped in any case.
   void Normalize();
 
   /// 1 for the null name, else 0.
@@ -65,11 +69,11 @@ class VOR_API TAFileName {
   /// The NUL-terminated text; "" for the null name.
   operator const char*() const;
 
-  /// 1 if the path exists and is a regular file, else 0.  Asks for the file mode bit 0x8000, which
-  /// sockets have too; links are followed.
+  /// 1 if the path exists and is a regular file, else 0.  Links are followed.  Tests the bit 0x8000
+  /// of the file mode, which sockets have too.
   int IsFile() const;
-  /// 1 if the path exists and is a directory, else 0.  Asks for the file mode bit 0x4000, which
-  /// sockets and block devices have too; links are followed.
+  /// 1 if the path exists and is a directory, else 0.  Links are followed.  Tests the bit 0x4000 of
+  /// the file mode, which sockets and block devices have too.
   int IsDirectory() const;
 
   /// 1 if the texts are equal, else 0.
@@ -78,48 +82,52 @@ class VOR_API TAFileName {
   /// Orders two names as strcmp of their texts: negative, zero or positive.  For QuickSort.
   static int Compare(TAFileName* left, TAFileName* right);
 
-  /// 1 if \a directory is this name or one of its parents as dirname(1) gives them, else 0; 0 if
-  /// one of them is null.
+  /// 1 if \a directory is this name or one of its parents, as repeated dirname(1) returns them,
+  /// else 0.  0 if either name is null.
   int IsUnderDirectory(const TAFileName& directory) const noexcept;
 
-  /// This name, a slash and \a name, in normal form; for the null name the name of \a name.
+  /// This name, a slash and \a name, in normal form.  The null name plus \a name is the name of
+  /// \a name.
   TAFileName operator+(const char* name) const;
   TAFileName operator+(const VorString& name) const;
-  // These would be pointer arithmetic.
+  // Without these, a number would compile as pointer arithmetic on the text.
   template <VorOffset Offset>
   void operator+(Offset offset) const = delete;
   template <VorOffset Offset>
   void operator-(Offset offset) const = delete;
-  /// Joins in place.  \a name may be a part of this very name's text.
+  /// Joins in place.  \a name may be a part of the text of this name.
   TAFileName& operator+=(const char* name);
 
-  /// The \a n-th component counted from the end, 1 being the last; a number below 1 counts as 1.
-  /// With fewer than \a n slashes in the text, the whole name.
+  /// The \a n-th component counted from the end.  1 is the last one; a number below 1 counts as 1.
+  /// If the text contains fewer than \a n slashes, the whole name.
   TAFileName basename(int n) const;
 
-  /// The name without its last \a n components; itself for the null name and for \a n below 1.
-  /// What has no further slash, except as first byte, has the null name as parent: so has "/a", as
-  /// well as "a".
+  /// The name without its last \a n components; for \a n below 1 and for the null name, the name
+  /// itself.  A name without a slash after its first byte has the null name as its parent: both "a"
+  /// and "/a" do.
   TAFileName dirname(int n) const;
   /// The text of dirname(n).
   VorString Getdirname(int n) const;
 
-  /// The absolute name: this name if it begins with a slash, else the working directory joined
-  /// with it if that path exists, else this relative name as it is.  The null name gives the
-  /// working directory.  The answer is kept until the text of this name changes, also when the
-  /// working directory changes meanwhile.
+  /// The absolute name: this name if it begins with a slash, else the working directory joined with
+  /// it if that path exists, else this relative name as it is.  For the null name, the working
+  /// directory.
+  ///
+  /// The first result is kept until the text of this name changes or is normalised, even if the
+  /// working directory changes.
   TAFileName GetFullPath();
 
-  /// What follows the last dot of the whole text, or the empty text without a dot.  The search
-  /// does not stop at a slash, and callers rely on it: "dir.d/file" gives "d/file".
+  /// The text after the last dot of the whole name; empty if there is no dot.  The search does not
+  /// stop at a slash, and callers rely on it: the extension of "dir.d/file" is "d/file".
   VorString GetExtension() const;
-  /// 1 if GetExtension() is exactly \a extension, without the dot, else 0; 0 for null.
+  /// 1 if GetExtension() is exactly \a extension, which is given without the dot; else 0, also for
+  /// null.
   int HasExtension(const char* extension) const;
-  /// Appends \a extension as it is, so it brings its dot along: "f.c" with ".bak" gives "f.c.bak".
+  /// Appends \a extension, which must include the dot: ".bak" turns "f.c" into "f.c.bak".
   void AddExtension(const VorString& extension);
-  /// Replaces what follows the last dot of the text: "f.c" with "o" gives "f.o".  A text without a
-  /// dot gets \a extension appended as it is, no dot inserted: callers rely on "Makefile" with
-  /// "txt" giving "Makefiletxt".
+  /// Replaces the text after the last dot: "o" turns "f.c" into "f.o".  Without a dot \a extension
+  /// is appended and no dot is inserted; callers rely on "txt" turning "Makefile" into
+  /// "Makefiletxt".
   void SetExtension(const VorString& extension);
 
   /// Adds the owner's execute permission to those of the file.  Errors are ignored.
@@ -128,25 +136,26 @@ class VOR_API TAFileName {
   /// Removes the file.  Returns 0, also for the null name, or -1.
   int Delete() const;
 
-  /// Makes the directory with mode 0777 less the umask.  Returns 0, -1 on failure, 1 for the null
-  /// name.
+  /// Makes the directory with mode 0777, reduced by the umask.  Returns 0 if it was made, -1 on
+  /// failure, 1 for the null name.
   int CreateDirectory() const;
-  /// The same; returns 0 when made, 1 when the path exists already, -1 when a parent is missing or
-  /// for another failure, -2 for the null name.
+  /// The same with other results: 0 if the directory was made, 1 if the path exists already, -1 if
+  /// a parent is missing or on another failure, -2 for the null name.
   int CreateNotExistingDirectory() const;
-  /// Makes the directory and every missing parent.  Returns 0 if it is there or was made, 1 if a
+  /// Makes the directory and every missing parent.  Returns 0 if it existed or was made, 1 if a
   /// parent could not be made, -1 if the directory itself could not.  For a name without a parent
-  /// it always returns 0.
+  /// the result is always 0.
   int CreateRecursiveDirectory() const noexcept;
 
-  /// The value of the environment variable PWD if it is set, else what the system says; the null
-  /// name if that is 1024 bytes or longer.  PWD is the shell's: SetWorkDir does not change it.
+  /// The value of the environment variable PWD if it is set, else what getcwd returns; the null
+  /// name if that has 1024 bytes or more.  PWD belongs to the shell: SetWorkDir does not change it.
   static TAFileName GetWorkDir();
   /// Makes \a directory the working directory of the process.  Returns 0, or -1.
   static int SetWorkDir(const TAFileName& directory);
 
-  /// A name in /tmp that this process has not used before: "/tmp/TABase_", the process id, "_" and
-  /// a number that starts at 1.  The file is not made; may be called from any thread.
+  /// A name in /tmp that this process has not generated before: "/tmp/TABase_", the process
+  /// identifier, "_" and a number that counts from 1.  The file is not made.  May be called from
+  /// any thread.
   static TAFileName GetTemporaryFileName() noexcept;
 
  private:
@@ -157,11 +166,11 @@ class VOR_API TAFileName {
   void SetText(TextBlock* block);
 
   TextBlock* _text = nullptr;             // shared by reference count; null for the null name
-  std::unique_ptr<TAFileName> _fullPath;  // the answer of GetFullPath, or null
+  std::unique_ptr<TAFileName> _fullPath;  // the result of GetFullPath, or null
 };
 
-// Comparison with a text takes that text as it is, not normalised; a null one counts as "".
-// Spelt out for each kind of operand, since the conversion to const char* would otherwise compare
+// A name is compared with a text as it is, not normalised; a null text counts as "".  There is one
+// operator for each kind of operand, because the conversion to const char* would otherwise compare
 // addresses or be ambiguous.
 
 inline bool operator==(const TAFileName& left, const TAFileName& right) {
@@ -175,5 +184,11 @@ inline bool operator==(const TAFileName& left, const VorString& right) {
 /// The order of Compare.
 VOR_API std::weak_ordering operator<=>(const TAFileName& left, const TAFileName& right);
 VOR_API std::weak_ordering operator<=>(const TAFileName& left, const char* right);
+
+/// A list of file names, of which it owns copies.
+class VOR_API VorListValTAFileName : public VorListVal<TAFileName> {
+ public:
+  using VorListVal::VorListVal;
+};
 
 #endif  // VOR_FILENAMES_TAFILENAME_H

@@ -23,7 +23,28 @@ std::string Repeat(const std::string& piece, int count) {
   return text;
 }
 
-// A temporary working directory, which PWD does not tell.
+const void* Address(const TAFileName& name) {
+  return static_cast<const char*>(name);
+}
+
+// A name that is not in normal form is brought there where it is; only one that shares its text and
+// changes gets a new one.
+void ExpectNormalizedInPlace(const std::string& text, const std::string& normal) {
+  TAFileName own;
+  own.AddExtension(VorString(text));
+  const void* const place = Address(own);
+  TAFileName shared(own);
+  shared.Normalize();
+  EXPECT_EQ(Text(shared), normal);
+  EXPECT_EQ(Address(shared) == place, text == normal) << text;
+  EXPECT_EQ(Text(own), text);
+  shared = TAFileName();
+  own.Normalize();
+  EXPECT_EQ(Text(own), normal);
+  EXPECT_EQ(Address(own), place) << text;
+}
+
+// A temporary working directory, which is not in PWD.
 class TAFileNameOnDisk : public testing::Test {
  protected:
   TAFileNameOnDisk() {
@@ -57,8 +78,9 @@ TEST(TAFileName, BringsTextIntoNormalForm) {
         "/a/../../b=/../b", "a/..b=a/..b", "a/.../../b=a/.../../b", "a/.x/../b=a/b",
         "a///../b=a//../b", "a\\..\\b=b", "a/../.="}) {
     const std::size_t equals = row.find('=');
-    EXPECT_EQ(Text(TAFileName(row.c_str(), static_cast<int>(equals))), row.substr(equals + 1))
-        << row;
+    const std::string text = row.substr(0, equals), normal = row.substr(equals + 1);
+    EXPECT_EQ(Text(TAFileName(row.c_str(), static_cast<int>(equals))), normal) << row;
+    ExpectNormalizedInPlace(text, normal);
   }
   const char noTerminator[] = {'a', '/', '.', 'b'};
   EXPECT_EQ(Text(TAFileName(noTerminator, 4)), "a/.b");
@@ -75,16 +97,20 @@ TEST(TAFileName, FoldsMegabytesInLinearTime) {
 
 TEST(TAFileName, NullNameComesFromNoTextAndIsHarmless) {
   TAFileName null("");
-  EXPECT_TRUE(null.IsNull() && TAFileName().IsNull() && TAFileName(nullptr).IsNull());
-  EXPECT_TRUE(TAFileName(VorString()).IsNull() && TAFileName("abc", 0).IsNull());
-  EXPECT_FALSE(TAFileName("x/..").IsNull());  // an empty text is a text
+  for (const TAFileName& name : {null, TAFileName(nullptr), TAFileName("abc", 0), null.dirname(1)})
+    EXPECT_EQ(name.IsNull(), 1);
+  EXPECT_EQ(TAFileName("x/..").IsNull(), 0);  // an empty text is a text
   EXPECT_STREQ(null, "");
-  EXPECT_EQ(null.IsFile() + null.IsDirectory() + null.IsUnderDirectory("a") + null.Delete(), 0);
-  EXPECT_TRUE(null.dirname(1).IsNull() && null.basename(1).IsNull());
-  EXPECT_TRUE(null.CreateDirectory() == 1 && null.CreateNotExistingDirectory() == -2);
-  EXPECT_EQ(null.CreateRecursiveDirectory(), 0);
-  null.SetAsExecutable(), null.Normalize(), null.AddExtension("");
-  EXPECT_TRUE(null.IsNull());
+  for (const int result : {null.IsFile(), null.IsDirectory(), null.IsUnderDirectory("a"),
+                           null.Delete(), null.CreateRecursiveDirectory()}) {
+    EXPECT_EQ(result, 0);
+  }
+  EXPECT_EQ(null.CreateDirectory(), 1);
+  EXPECT_EQ(null.CreateNotExistingDirectory(), -2);
+  null.SetAsExecutable();
+  null.Normalize();
+  null.AddExtension("");
+  EXPECT_EQ(null.IsNull(), 1);
   null.SetExtension("./x");
   EXPECT_EQ(Text(null), "./x");  // as it is, not in normal form
 }
@@ -93,13 +119,35 @@ TEST(TAFileName, CopiesShareUntilOneChanges) {
   TAFileName name("dir///f.c");
   TAFileName added(name), set, joined(name), folded(name);
   set = name;
-  EXPECT_EQ(static_cast<const char*>(name), static_cast<const char*>(set));
+  EXPECT_EQ(Address(name), Address(set));
   added.AddExtension(".bak//");
   set.SetExtension("o");
   joined += "g";
   folded.Normalize();
-  EXPECT_TRUE(added == "dir//f.c.bak//" && set == "dir//f.o" && joined == "dir/f.c/g");
-  EXPECT_TRUE(folded == "dir/f.c" && name == "dir//f.c");
+  EXPECT_EQ(Text(added), "dir//f.c.bak//");
+  EXPECT_EQ(Text(set), "dir//f.o");
+  EXPECT_EQ(Text(joined), "dir/f.c/g");
+  EXPECT_EQ(Text(folded), "dir/f.c");
+  EXPECT_EQ(Text(name), "dir//f.c");
+}
+
+TEST(TAFileName, CopiesMayGoToOtherThreads) {
+  TAFileName name("dir///f.c");
+  const auto countWrong = [&name = std::as_const(name)] {
+    int wrong = 0;
+    for (int i = 0; i < 20000; ++i) {
+      TAFileName copy(name), second(copy);
+      copy.Normalize();
+      wrong += Text(copy) != "dir/f.c" || Text(second) != "dir//f.c";
+    }
+    return wrong;
+  };
+  std::future<int> other = std::async(std::launch::async, countWrong);
+  EXPECT_EQ(countWrong(), 0);
+  EXPECT_EQ(other.get(), 0);
+  const void* const place = Address(name);
+  name.Normalize();
+  EXPECT_EQ(Address(name), place);  // in place, since no copy is counted any more
 }
 
 TEST(TAFileName, TakesItsOwnText) {
@@ -115,26 +163,36 @@ TEST(TAFileName, TakesItsOwnText) {
 
 TEST(TAFileName, ComparesByText) {
   const TAFileName name("a/b");
-  EXPECT_TRUE(name == TAFileName("a//b") && name.IsEqual("a/b") && name != TAFileName("A/B"));
-  EXPECT_TRUE(name == "a/b" && "a/b" == name && name == VorString("a/b"));
-  EXPECT_TRUE(name != "a//b");                             // a plain text is not normalised first
-  EXPECT_TRUE(TAFileName("a\x7f") < TAFileName("a\x80"));  // by unsigned byte
+  EXPECT_EQ(name.IsEqual("a//b"), 1);
+  EXPECT_EQ("a/b", name);
+  EXPECT_EQ(name, VorString("a/b"));
+  EXPECT_NE(name, "a//b");                              // a plain text is not normalised first
+  EXPECT_LT(TAFileName("a\x7f"), TAFileName("a\x80"));  // by unsigned byte
 }
 
-TEST(TAFileName, Joins) {
-  EXPECT_TRUE(TAFileName("a/b") + "../c" == "a/c" && TAFileName("/") + "c" == "/c");
-  EXPECT_TRUE(TAFileName("a") + VorString("/b") == "a/b" && TAFileName() + "./b/" == "b");
+TEST(TAFileName, ReturnsComponentsFromTheEnd) {
+  struct Row {
+    const char* name;
+    int n;
+    const char* base;
+    const char* directory;  // "" for the null name
+  };
+  for (const auto& [name, n, base, directory] :
+       {Row{"/usr/lib/x.so", 1, "x.so", "/usr/lib"}, Row{"/usr/lib/x.so", 2, "lib", "/usr"},
+        Row{"/usr/lib/x.so", 3, "usr", ""}, Row{"/usr/lib/x.so", 5, "/usr/lib/x.so", ""},
+        Row{"a", 1, "a", ""}, Row{"/", 1, "", ""}, Row{"a/b/c", 2, "b", "a"},
+        Row{"a///b", 1, "b", "a"}, Row{"a///b", 2, "", "a"}, Row{"a/b", 0, "b", "a/b"}}) {
+    SCOPED_TRACE(testing::Message() << name << " " << n);
+    EXPECT_EQ(TAFileName(name).basename(n), base);
+    EXPECT_EQ(TAFileName(name).dirname(n), directory);
+    EXPECT_EQ(TAFileName(name).dirname(n).IsNull(), *directory == '\0');
+    EXPECT_EQ(TAFileName(name).Getdirname(n), directory);
+  }
 }
 
-TEST(TAFileName, GivesComponentsFromTheEndAndIsUnderItsParents) {
-  const TAFileName name("/usr/lib/x.so"), gap("a///b");
-  EXPECT_TRUE(name.basename(1) == "x.so" && name.basename(2) == "lib" && name.basename(5) == name);
-  EXPECT_TRUE(TAFileName("a").basename(1) == "a" && TAFileName("/").basename(1).IsNull());
-  EXPECT_TRUE(gap.basename(1) == "b" && gap.basename(2).IsNull());
-  EXPECT_TRUE(name.dirname(1) == "/usr/lib" && name.Getdirname(2) == "/usr");
-  EXPECT_TRUE(name.dirname(3).IsNull() && TAFileName("a").dirname(1).IsNull());
-  EXPECT_TRUE(TAFileName("a/b/c").dirname(2) == "a" && gap.dirname(1) == "a");
-  EXPECT_TRUE(name.IsUnderDirectory(name) && name.IsUnderDirectory("/usr"));
+TEST(TAFileName, IsUnderItselfAndItsParents) {
+  const TAFileName name("/usr/lib/x.so");
+  for (const char* parent : {"/usr/lib/x.so", "/usr"}) EXPECT_EQ(name.IsUnderDirectory(parent), 1);
   for (const char* other : {"/", "/x", "/usr/li"}) EXPECT_EQ(name.IsUnderDirectory(other), 0);
   EXPECT_EQ(TAFileName("a////////b/c").IsUnderDirectory("a///b"), 1);  // each parent folds anew
 }
@@ -147,16 +205,18 @@ TEST(TAFileName, Extensions) {
   for (const auto& [text, extension, afterSet] : rows) {
     TAFileName name(text);
     EXPECT_EQ(name.GetExtension(), extension) << text;
-    EXPECT_TRUE(name.HasExtension(extension) && !name.HasExtension("oo")) << text;
+    EXPECT_EQ(name.HasExtension(extension), 1) << text;
+    EXPECT_EQ(name.HasExtension("oo"), 0) << text;
     EXPECT_EQ(name.HasExtension(nullptr), 0) << text;
     name.SetExtension("o");
     EXPECT_EQ(Text(name), afterSet);
   }
 }
 
-TEST_F(TAFileNameOnDisk, MakesDirectoriesAndTellsWhichLevelFailed) {
+TEST_F(TAFileNameOnDisk, MakesDirectoriesAndReportsWhichLevelFailed) {
   TAFileName one("one");
-  EXPECT_TRUE(one.CreateDirectory() == 0 && one.CreateDirectory() == -1);
+  EXPECT_EQ(one.CreateDirectory(), 0);
+  EXPECT_EQ(one.CreateDirectory(), -1);
   EXPECT_EQ(one.CreateNotExistingDirectory(), 1);
   EXPECT_EQ(TAFileName("two").CreateNotExistingDirectory(), 0);
   EXPECT_EQ(TAFileName("no/where").CreateNotExistingDirectory(), -1);
@@ -172,7 +232,7 @@ TEST_F(TAFileNameOnDisk, MakesDirectoriesAndTellsWhichLevelFailed) {
   EXPECT_EQ(TAFileName(VorString(Repeat(piece, 20))).IsDirectory(), 1);
 }
 
-TEST_F(TAFileNameOnDisk, TellsFilesFromDirectoriesAndChangesThem) {
+TEST_F(TAFileNameOnDisk, DistinguishesFilesFromDirectoriesAndChangesThem) {
   const TAFileName file(_dir.Write("f", "").c_str());
   ASSERT_EQ(chmod(file, 02640), 0);
   file.SetAsExecutable();
@@ -181,17 +241,18 @@ TEST_F(TAFileNameOnDisk, TellsFilesFromDirectoriesAndChangesThem) {
   EXPECT_EQ(info.st_mode & 07777, 02740u);
   std::filesystem::create_directory_symlink(".", "link");
   ASSERT_EQ(mknod("socket", S_IFSOCK | 0600, 0), 0);  // has both mode bits
-  for (const char* name : {"f", "socket"}) EXPECT_EQ(TAFileName(name).IsFile(), 1);
   for (const char* name : {"link", "socket"}) EXPECT_EQ(TAFileName(name).IsDirectory(), 1);
-  for (const char* name : {".", "missing", "/dev/null"}) EXPECT_EQ(TAFileName(name).IsFile(), 0);
-  EXPECT_TRUE(file.IsDirectory() == 0 && file.Delete() == 0 && file.Delete() == -1);
+  EXPECT_EQ(file.IsDirectory(), 0);
+  EXPECT_EQ(file.Delete(), 0);
+  EXPECT_EQ(file.Delete(), -1);
 }
 
-TEST_F(TAFileNameOnDisk, WorkDirIsTheShellsIfItSaysSoAndTooLongWith1024Bytes) {
+TEST_F(TAFileNameOnDisk, WorkDirIsThatOfTheShellElseAtMost1023Bytes) {
   std::filesystem::create_directory("sub");
   EXPECT_EQ(TAFileName::SetWorkDir("sub"), 0);
   EXPECT_EQ(Text(TAFileName::GetWorkDir()), _dir / "sub");
-  EXPECT_EQ(TAFileName::SetWorkDir("sub") + TAFileName::SetWorkDir(TAFileName()), -2);
+  EXPECT_EQ(TAFileName::SetWorkDir("sub"), -1);
+  EXPECT_EQ(TAFileName::SetWorkDir(TAFileName()), -1);
   setenv("PWD", "/some//where/", 1);
   EXPECT_EQ(Text(TAFileName::GetWorkDir()), "/some/where");
 
@@ -211,7 +272,8 @@ TEST_F(TAFileNameOnDisk, FullPathIsKeptUntilTheTextChanges) {
   _dir.Write("f", "");
   TAFileName name("f"), missing("g"), null;
   EXPECT_EQ(Text(name.GetFullPath()), _dir / "f");
-  EXPECT_TRUE(missing.GetFullPath() == "g" && TAFileName("/x/y").GetFullPath() == "/x/y");
+  EXPECT_EQ(Text(missing.GetFullPath()), "g");
+  EXPECT_EQ(Text(TAFileName("/x/y").GetFullPath()), "/x/y");
   EXPECT_EQ(Text(null.GetFullPath()), _dir.Path());
 
   setenv("PWD", "/nowhere", 1);
