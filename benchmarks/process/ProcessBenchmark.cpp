@@ -57,7 +57,7 @@ void StartPeer(benchmark::State& state) {
   RunWithResidentSize(state, [] { waitpid(start(), nullptr, 0); });
 }
 
-// Idle children, so that there is a tree to look up.
+// Idle children, which form a tree to look up.
 class IdleChildren {
  public:
   explicit IdleChildren(std::int64_t count) {

@@ -4,31 +4,46 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <paths.h>
-#include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "process/CommandLine.h"
+#include "process/ReserveDescriptors.h"
 #include "process/ShellCall.h"
+#include "process/UndisturbedScope.h"
 
-// A child is started with vfork: it runs in the memory of its parent, whose calling thread stands
-// still, until it has its new program.  So the start costs the same however large the parent is,
-// and three rules hold for all code that the child runs.
+// A child is started with vfork: it runs in the memory of its parent, and the calling thread of the
+// parent is suspended, until the child has called exec.  So the start costs the same however large
+// the parent is, and three rules hold for all code that the child runs.
 //
 // - It allocates nothing and takes no lock: other threads of the parent may hold one.  Everything
-//   is prepared in a ChildPlan before the split.
-// - No handler of the parent may run in the child, where it would change the parent's memory: all
-//   signals are blocked over the split, and the child drops the handlers before it lifts the block.
+//   is prepared in a ChildPlan before the fork.
+// - No handler of the parent must run in the child, where it would change the parent's memory: all
+//   signals are blocked during the fork, and the child resets the handlers before it unblocks the
+//   signals.
 // - It ends in exec or _Exit: the parent's buffered output and destructors are not the child's.
+//
+// A failed exec stores its errno in a word that the parent reads.  Emulators and sanitizers can
+// prevent vfork from sharing memory, so the word is in a shared page until vfork was seen to share
+// it.
+//
+// Opening a named pipe waits for its other end, which this process may open only after the start
+// has returned.  A child with such a pipe is therefore started with fork, and the word is in a
+// shared page.
 
 namespace vor {
 namespace {
@@ -43,36 +58,34 @@ bool IsNamedPipe(const char* path) {
   return *path != '\0' && stat(path, &info) == 0 && S_ISFIFO(info.st_mode);
 }
 
-// What exec is to try for \a program one after another, each path with its NUL.
+// The paths that exec tries for \a program, in order, each with its NUL.
 std::string PathsOf(std::string_view program) {
   std::string paths;
   if (program.find('/') != std::string_view::npos) return paths.append(program) + '\0';
   const char* searched = getenv("PATH");
-  std::string_view folders = searched == nullptr ? kStandardPath : searched;
+  std::string_view directories = searched == nullptr ? kStandardPath : searched;
   for (;;) {
-    const std::size_t end = folders.find(':');
-    const std::string_view folder = folders.substr(0, end);
-    if (folder.size() < PATH_MAX) {  // a longer one cannot be, and the search goes on
-      paths += folder;
-      if (!folder.empty()) paths += '/';  // an empty entry is the working directory
+    const std::size_t end = directories.find(':');
+    const std::string_view directory = directories.substr(0, end);
+    if (directory.size() < PATH_MAX) {  // a longer one cannot exist; the search goes on
+      paths += directory;
+      if (!directory.empty()) paths += '/';  // an empty entry is the working directory
       paths.append(program) += '\0';
     }
     if (end == std::string_view::npos) return paths;
-    folders.remove_prefix(end + 1);
+    directories.remove_prefix(end + 1);
   }
 }
 
-// All that a child needs until it has its new program.
+// Everything that a child needs until its exec.
 class ChildPlan {
  public:
   ChildPlan(const VorString& command, const VorString& output, const VorString& input);
 
-  // Opening a named pipe waits for its other end, which may be opened by this very process as soon
-  // as the start returns.
   bool MayWaitForParent() const { return IsNamedPipe(_output) || IsNamedPipe(_input); }
 
-  // Becomes the program.  Called in the child; returns if there is no such program.
-  void Run();
+  // Becomes the program.  Called in the child; returns errno if that fails.
+  int Run();
 
  private:
   void Redirect() const;
@@ -95,17 +108,33 @@ ChildPlan::ChildPlan(const VorString& command, const VorString& output, const Vo
   _shell.push_back(nullptr);
 }
 
+// open() for a child before its exec.  If no descriptor is free, it closes one that the exec would
+// close anyway; the child has its own table of descriptors.
+int OpenInChild(const char* path, int flags) {
+  const int fd = open(path, flags, 0666);
+  if (fd >= 0 || errno != EMFILE) return fd;
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  for (int other = STDERR_FILENO + 1; static_cast<rlim_t>(other) < limit.rlim_cur; ++other) {
+    const int closeOnExec = fcntl(other, F_GETFD);
+    if (closeOnExec < 0 || (closeOnExec & FD_CLOEXEC) == 0) continue;
+    close(other);
+    return open(path, flags, 0666);
+  }
+  return -1;
+}
+
 // Descriptors 0 to 2 may be closed in the parent, so a file may be opened as the very one that it
 // is meant for.
 void ChildPlan::Redirect() const {
   const int flags = O_WRONLY | O_CREAT | O_TRUNC;
-  const int out = *_output == '\0' ? -1 : open(_output, flags, 0666);
+  const int out = *_output == '\0' ? -1 : OpenInChild(_output, flags);
   if (out >= 0) {
     if (out != STDOUT_FILENO) dup2(out, STDOUT_FILENO);
     if (out != STDERR_FILENO) dup2(out, STDERR_FILENO);
     if (out != STDOUT_FILENO && out != STDERR_FILENO) close(out);
   }
-  const int in = *_input == '\0' ? -1 : open(_input, O_RDONLY);
+  const int in = *_input == '\0' ? -1 : OpenInChild(_input, O_RDONLY);
   if (in > STDIN_FILENO) {
     dup2(in, STDIN_FILENO);
     close(in);
@@ -123,53 +152,47 @@ void ChildPlan::Execute(char* path) {
   _shell[1] = program;
 }
 
-void ChildPlan::Run() {
+// If a program was found that must not be run, that is the reason of the failure, even if the
+// search continues.  A directory of PATH that must not be searched is not.
+int ChildPlan::Run() {
   Redirect();
+  int error = ENOENT;
+  struct stat info;
   char* const end = _paths.data() + _paths.size();
+  const bool isOnly = strlen(_paths.c_str()) + 1 == _paths.size();
   for (char* path = _paths.data(); path < end; path += strlen(path) + 1) {
     Execute(path);
     switch (errno) {
       case EACCES:
+        if (isOnly || stat(path, &info) == 0) error = EACCES;
+        break;
       case ENOENT:
       case ENOTDIR:
       case ENODEV:
       case ESTALE:
       case ETIMEDOUT:
-        break;  // another folder may have it
+        break;  // another directory may have it
       default:
-        return;
+        return errno;
     }
   }
+  return error;
 }
 
-// Keeps signals and cancellation away from the calling thread while it shares its memory with a
-// child.
-class UndisturbedScope {
- public:
-  UndisturbedScope() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &_cancelState);
-    pthread_sigmask(SIG_SETMASK, &all, &_mask);
-  }
-  UndisturbedScope(const UndisturbedScope&) = delete;
-  UndisturbedScope& operator=(const UndisturbedScope&) = delete;
-  ~UndisturbedScope() {
-    pthread_sigmask(SIG_SETMASK, &_mask, nullptr);
-    pthread_setcancelstate(_cancelState, nullptr);
-  }
+// The word for the errno of an exec in a process that does not share its memory; null without
+// memory.
+std::shared_ptr<int> SharedWord() {
+  const int access = PROT_READ | PROT_WRITE;
+  void* const page = mmap(nullptr, sizeof(int), access, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (page == MAP_FAILED) return nullptr;
+  return std::shared_ptr<int>(static_cast<int*>(page),
+                              [](int* word) { munmap(word, sizeof *word); });
+}
 
-  const sigset_t& Mask() const { return _mask; }
-
- private:
-  sigset_t _mask;
-  int _cancelState = PTHREAD_CANCEL_ENABLE;
-};
-
-// What a child restores before it becomes its program.
+// The state that a child restores before it executes its program.
 struct SignalState {
-  const sigset_t& mask;     // of the parent's calling thread
-  const sigset_t& ignored;  // by this library, beside SIGPIPE and SIGCHLD
+  const sigset_t& mask;  // of the parent's calling thread
+  const ShellCallWatch& shellCalls;
 };
 
 // In the child: defaults in place of the parent's handlers, and of what this library may have made
@@ -180,7 +203,7 @@ void RestoreSignals(const SignalState& state) {
   for (int number = 1; number < NSIG; ++number) {
     struct sigaction action = {};
     const bool ours =
-        number == SIGPIPE || number == SIGCHLD || sigismember(&state.ignored, number) == 1;
+        number == SIGPIPE || number == SIGCHLD || state.shellCalls.IsIgnoredForShell(number);
     if (!ours && sigaction(number, nullptr, &action) != 0) continue;
     const bool handled = action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
     if (ours || handled) sigaction(number, &standard, nullptr);
@@ -188,38 +211,68 @@ void RestoreSignals(const SignalState& state) {
   sigprocmask(SIG_SETMASK, &state.mask, nullptr);
 }
 
-[[noreturn]] void RunChild(ChildPlan* plan, const SignalState& signals) {
+// The words in which a child reports to its parent.
+struct ChildReport {
+  volatile bool* hasRun;  // set at once, seen by the parent if they share memory
+  volatile int* error;    // errno of a failed exec
+};
+
+[[noreturn]] void RunChild(ChildPlan* plan, const SignalState& signals, const ChildReport& report) {
+  *report.hasRun = true;
   RestoreSignals(signals);
   if (plan != nullptr) {
-    plan->Run();
+    *report.error = plan->Run();
   } else {
     [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, kNoMemory, strlen(kNoMemory));
+    *report.error = ENOMEM;
   }
   _Exit(kNotStarted);
 }
 
-// A function of its own, which changes no variable after the split: the child uses the same stack.
-[[gnu::noinline]] pid_t SplitProcess(ChildPlan* plan, bool shareMemory,
-                                     const SignalState& signals) {
+// A function of its own, which changes no variable after the fork: the child uses the same stack.
+[[gnu::noinline]] pid_t ForkChild(ChildPlan* plan, bool shareMemory, const SignalState& signals,
+                                  const ChildReport& report) {
   const pid_t pid = shareMemory ? vfork() : fork();
-  if (pid == 0) RunChild(plan, signals);
+  if (pid == 0) RunChild(plan, signals, report);
   return pid;
 }
 
+// Set once a child of vfork was seen to share the memory.
+constinit std::atomic<bool> vforkShares = false;
+
 }  // namespace
 
-pid_t StartChild(const VorString& command, const VorString& output, const VorString& input) {
+StartedChild StartChild(const VorString& command, const VorString& output, const VorString& input) {
   std::optional<ChildPlan> plan;
+  std::shared_ptr<int> sharedWord;
+  bool shareMemory = true;
   try {
     plan.emplace(command, output, input);
+    shareMemory = !plan->MayWaitForParent();
+    if (!shareMemory || !vforkShares) sharedWord = SharedWord();
   } catch (const std::bad_alloc&) {
-    plan.reset();  // the child tells, as a program that cannot be started does
+    plan.reset();  // the child reports it, as a program that cannot be started does
+    shareMemory = true;
   }
-  const bool shareMemory = !plan.has_value() || !plan->MayWaitForParent();
-  const UndisturbedScope undisturbed;
-  const ShellCallScope shellCalls;
-  return SplitProcess(plan.has_value() ? &*plan : nullptr, shareMemory,
-                      {undisturbed.Mask(), shellCalls.IgnoredForShell()});
+  KeepDescriptorsInReserve();
+  StartedChild child;
+  volatile bool hasRun = false;
+  volatile int word = 0;
+  volatile int* const error = sharedWord != nullptr ? sharedWord.get() : &word;
+  {
+    const UndisturbedScope undisturbed;
+    const ShellCallWatch shellCalls;
+    child.pid = ForkChild(plan.has_value() ? &*plan : nullptr, shareMemory,
+                          {undisturbed.Mask(), shellCalls}, {&hasRun, error});
+    if (child.pid < 0) child.error = errno;
+  }
+  if (child.pid > 0 && hasRun) {
+    vforkShares = true;
+    child.error = *error;
+  } else if (child.pid > 0) {
+    child.lateError = std::move(sharedWord);
+  }
+  return child;
 }
 
 }  // namespace vor

@@ -1,34 +1,73 @@
 #include "process/ChildWatch.h"
 
 #include <errno.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstddef>
+
+// A wait must cost nothing while nothing happens, and it must leave the tool alone: no handler of
+// SIGCHLD, no thread, and no wait that reaps other children.  That leaves poll on process
+// descriptors.
+//
+// Descriptors are scarce: the tool needs them for its files and its children's output.  So all
+// watches of the process together hold at most a quarter of the limit.  The children beyond that
+// are checked at intervals that grow while nothing happens.  One waitid checks all of them at once.
+// It misses children that the system or another waiter has reaped, and it repeats one end if the
+// tool never reaps one of its other children.  So each time a few children, in turn, are also
+// checked by themselves.
 
 namespace vor {
 namespace {
 
-constexpr int kIntervalMs = 10;  // between two looks at a child that has no descriptor
+using std::chrono::ceil;
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
 
-// Most processes may open 1,024 descriptors; the greater part is left to the tool.
-constexpr std::size_t kMostDescriptors = 256;
+constexpr int kShortestIntervalMs = 10;
+constexpr int kLongestIntervalMs = 100;
+constexpr std::size_t kLooksInTurn = 16;
+
+constexpr int kLook = WEXITED | WNOHANG | WNOWAIT;
+
+constexpr rlim_t kShareOfLimit = 4;
+
+constinit std::atomic<rlim_t> held = 0;  // descriptors, by all watches of this process
 
 bool HasEnded(pid_t pid) {
   siginfo_t info = {};
-  const int flags = WEXITED | WNOHANG | WNOWAIT;
-  if (pid <= 0 || waitid(P_PID, static_cast<id_t>(pid), &info, flags) != 0) return true;
+  if (pid <= 0 || waitid(P_PID, static_cast<id_t>(pid), &info, kLook) != 0) return true;
   return info.si_pid != 0;
 }
 
-// Close-on-exec, as the system makes them.
-FileDescriptor OpenEndOf(pid_t pid) {
-  return FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+bool TakeShare() {
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  if (held.fetch_add(1) < limit.rlim_cur / kShareOfLimit) return true;
+  --held;
+  return false;
+}
+
+// At least 0; -1 for no limit.
+int MsUntil(Clock::time_point end, bool isLimited) {
+  if (!isLimited) return -1;
+  return std::max(static_cast<int>(ceil<milliseconds>(end - Clock::now()).count()), 0);
 }
 
 }  // namespace
+
+FileDescriptor OpenProcess(pid_t pid) {
+  return FileDescriptor(AboveStandard(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))));
+}
+
+ChildWatch::~ChildWatch() {
+  for (Child& child : _children) Close(child);
+}
 
 void ChildWatch::Insert(std::size_t index, pid_t pid) {
   _children.insert(_children.begin() + static_cast<std::ptrdiff_t>(index),
@@ -36,37 +75,76 @@ void ChildWatch::Insert(std::size_t index, pid_t pid) {
 }
 
 void ChildWatch::Remove(std::size_t index) {
-  _children.erase(_children.begin() + static_cast<std::ptrdiff_t>(index));
+  const auto child = _children.begin() + static_cast<std::ptrdiff_t>(index);
+  Close(*child);
+  _children.erase(child);
 }
 
-// Prepares the wait for one child.  True if it has ended already.
-bool ChildWatch::Watch(Child& child) {
-  if (!child.end.IsOpen() && _polled.size() < kMostDescriptors) child.end = OpenEndOf(child.pid);
-  if (!child.end.IsOpen()) return HasEnded(child.pid);
-  _polled.push_back({child.end.Get(), POLLIN, 0});
+bool ChildWatch::Open(Child& child) {
+  if (!TakeShare()) return false;
+  child.process = OpenProcess(child.pid);
+  if (!child.process.IsOpen()) --held;
+  return child.process.IsOpen();
+}
+
+void ChildWatch::Close(Child& child) {
+  if (child.process.IsOpen()) --held;
+  child.process.Reset(-1);
+}
+
+// Prepares a wait.  Returns whether a child that is new here has ended already; it is checked after
+// its descriptor was opened, because if the child was already reaped, the descriptor may be that of
+// another process.
+bool ChildWatch::Prepare() {
+  _polled.clear();
+  _others.clear();
+  bool mayOpen = true;
+  for (Child& child : _children) {
+    if (!child.process.IsOpen() && mayOpen) {
+      mayOpen = Open(child);
+      if (HasEnded(child.pid)) return true;
+    }
+    if (child.process.IsOpen()) {
+      _polled.push_back({child.process.Get(), POLLIN, 0});
+    } else {
+      _others.push_back(child.pid);
+    }
+  }
   return false;
 }
 
-bool ChildWatch::WaitForEnd(int milliseconds) {
-  _polled.clear();
-  for (Child& child : _children) {
-    if (Watch(child)) return true;
+bool ChildWatch::HasOtherEnded() {
+  if (_others.empty()) return false;
+  siginfo_t info = {};
+  if (waitid(P_ALL, 0, &info, kLook) != 0) return true;  // there are no children at all
+  if (std::find(_others.begin(), _others.end(), info.si_pid) != _others.end()) return true;
+  for (std::size_t look = 0; look < std::min(kLooksInTurn, _others.size()); ++look) {
+    if (HasEnded(_others[_next++ % _others.size()])) return true;
   }
-  const bool allPolled = _polled.size() == _children.size();
-  const bool longer = milliseconds < 0 || milliseconds > kIntervalMs;
-  const int limit = longer && !allPolled ? kIntervalMs : milliseconds;
-  const int ready = poll(_polled.data(), _polled.size(), limit);
-  // A limit of descriptors that was lowered below those held, or no memory: without them then.
-  if (ready < 0 && errno != EINTR) return WaitWithoutDescriptors(milliseconds);
-  return ready > 0;
+  return false;
 }
 
-bool ChildWatch::WaitWithoutDescriptors(int milliseconds) {
-  for (Child& child : _children) child.end.Reset(-1);
-  const bool longer = milliseconds < 0 || milliseconds > kIntervalMs;
-  poll(nullptr, 0, longer ? kIntervalMs : milliseconds);
-  return std::any_of(_children.begin(), _children.end(),
-                     [](const Child& child) { return HasEnded(child.pid); });
+bool ChildWatch::WaitForEnd(int limitMs) {
+  const auto end = Clock::now() + milliseconds(std::max(limitMs, 0));
+  if (Prepare()) return true;
+  for (int interval = kShortestIntervalMs;; interval = std::min(2 * interval, kLongestIntervalMs)) {
+    if (HasOtherEnded()) return true;
+    const int left = MsUntil(end, limitMs >= 0);
+    const bool isLast = _others.empty() || (left >= 0 && left <= interval);
+    const int ready = poll(_polled.data(), _polled.size(), isLast ? left : interval);
+    if (ready > 0) return true;
+    if (ready < 0) return RecoverFromPoll();
+    if (isLast) return HasOtherEnded();
+  }
+}
+
+// After a failed poll.  Always returns false.
+bool ChildWatch::RecoverFromPoll() {
+  if (errno == EINTR) return false;
+  // The limit is now below the number of descriptors held, or there is no memory.
+  for (Child& child : _children) Close(child);
+  poll(nullptr, 0, kShortestIntervalMs);
+  return false;
 }
 
 }  // namespace vor

@@ -11,35 +11,51 @@
 
 namespace vor {
 
-/// Waits for the end of any of some children of this process, without collecting it.
+/// Opens a process descriptor, which is readable once the process has ended; not open if the
+/// process was reaped or there are no such descriptors.  Never below 3, close-on-exec.
+FileDescriptor OpenProcess(pid_t pid);
+
+/// Waits for the end of any of some children of this process, without reaping it.
 ///
-/// Holds a descriptor for each child it watches, from the first wait on; children beyond what is
-/// decent, and all of them on systems that have no such descriptors, are looked at in short
-/// intervals.
+/// Holds a process descriptor for each child it watches, from the first wait on, as long as all
+/// objects of this class together hold at most a quarter of the soft limit of descriptors
+/// (RLIMIT_NOFILE).  Waiting for these costs nothing.  Further children, and all children if the
+/// system has no process descriptors, are checked at intervals.
 class ChildWatch {
  public:
+  ChildWatch() = default;
+  ChildWatch(const ChildWatch&) = delete;
+  ChildWatch& operator=(const ChildWatch&) = delete;
+  ~ChildWatch();
+
   /// Inserts a child at the 0-based \a index.  One that does not exist, or has an identifier of 0
   /// or less, counts as ended.
   void Insert(std::size_t index, pid_t pid);
 
-  /// Takes out the child at the 0-based \a index.
+  /// Removes the child at the 0-based \a index.
   void Remove(std::size_t index);
 
-  /// Waits at most \a milliseconds, negative for no limit, and tells whether a child has ended.
-  /// False may come early, for example when a signal arrives.
-  bool WaitForEnd(int milliseconds);
+  /// Waits at most \a limitMs milliseconds, negative for no limit, and returns whether a child has
+  /// ended.  It may return false early, for example when a signal arrives.
+  bool WaitForEnd(int limitMs);
 
  private:
   struct Child {
     pid_t pid;
-    FileDescriptor end;  // readable when the child has ended
+    FileDescriptor process;  // not open: checked at intervals
   };
 
-  bool Watch(Child& child);
-  bool WaitWithoutDescriptors(int milliseconds);
+  bool Prepare();
+  bool HasOtherEnded();
+  bool RecoverFromPoll();
+
+  static bool Open(Child& child);
+  static void Close(Child& child);
 
   std::vector<Child> _children;
-  std::vector<pollfd> _polled;  // of the children that have a descriptor, for one wait
+  std::vector<pollfd> _polled;  // for one wait: of the children that have a descriptor
+  std::vector<pid_t> _others;   // for one wait: the other children
+  std::size_t _next = 0;        // of _others, the next one to check by itself
 };
 
 }  // namespace vor

@@ -14,7 +14,7 @@ std::string_view WithoutFirst(std::string_view text) {
   return text.substr(1);
 }
 
-// The first byte may be the last one as well and have gone already.
+// The first byte may also be the last one, which is removed already.
 std::string_view WithoutLast(std::string_view text) {
   return text.substr(0, text.empty() ? 0 : text.size() - 1);
 }
@@ -35,7 +35,7 @@ std::vector<std::string> ParseCommandLine(const VorString& command) {
     const std::string_view word = words[position].View();
     const bool closes = word.back() == kQuote;
     if (word.front() == kQuote && closes) {
-      // Leaves a phrase that is open as it is.  A lone quote opens and closes: an empty argument.
+      // Does not change an open phrase.  A single quote opens and closes one: an empty argument.
       arguments.emplace_back(WithoutLast(WithoutFirst(word)));
     } else if (word.front() == kQuote) {
       phrase = WithoutFirst(word);

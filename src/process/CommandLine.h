@@ -8,8 +8,8 @@
 
 namespace vor {
 
-/// The arguments of \a command, the program first; none if it has no words.  The rules are told at
-/// TAProcess::Start.
+/// The arguments of \a command, the program first; none if it has no words.  TAProcess::Start
+/// documents the rules.
 std::vector<std::string> ParseCommandLine(const VorString& command);
 
 }  // namespace vor

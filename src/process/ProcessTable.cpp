@@ -14,11 +14,12 @@
 #include <string_view>
 
 #include "base/PosixFile.h"
+#include "process/ReserveDescriptors.h"
 
 namespace vor {
 namespace {
 
-constexpr char kProcFolder[] = "/proc";
+constexpr char kProc[] = "/proc";
 constexpr char kListing[] = "ps -ef";
 
 struct DirCloser {
@@ -28,37 +29,64 @@ struct PipeCloser {
   void operator()(FILE* pipe) const { pclose(pipe); }
 };
 
-// The number that \a text is from its first to its last byte.
-std::optional<int> NumberOf(std::string_view text) {
-  int number = 0;
+// The number that \a text consists of.
+template <typename Number = int>
+std::optional<Number> NumberOf(std::string_view text) {
+  Number number = 0;
   const char* const end = text.data() + text.size();
   const std::from_chars_result result = std::from_chars(text.data(), end, number);
   if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
   return number;
 }
 
-// The fourth field of a stat file, "12 (name) S 1 ...".  The name may hold blanks and parentheses;
-// behind it there are only a letter and numbers.
-std::optional<int> ParentIn(std::string_view stat) {
-  const std::size_t nameEnd = stat.rfind(')');
-  if (nameEnd == std::string_view::npos || stat.size() < nameEnd + 4) return std::nullopt;
-  stat.remove_prefix(nameEnd + 4);  // ") S "
-  return NumberOf(stat.substr(0, stat.find(' ')));
+// Removes the first field from \a fields, which are separated by single blanks, and returns it.
+std::string_view TakeField(std::string_view& fields) {
+  const std::string_view field = fields.substr(0, fields.find(' '));
+  fields.remove_prefix(std::min(field.size() + 1, fields.size()));
+  return field;
 }
 
-// Stores in *parent that of the process whose folder is \a name; nothing if the process has ended
-// meanwhile.  False if it may be there and cannot be read.
-bool ReadParent(int procFolder, const char* name, std::optional<int>* parent) {
+// Stores the fields of a stat file, "12 (name) S 1 ...".  The name may contain blanks and
+// parentheses; only a letter and numbers follow it.  False if there is no parent.
+bool ParseStat(std::string_view stat, ProcessRow& row) {
+  constexpr int kBetweenParentAndStart = 17;
+  const std::size_t nameEnd = stat.rfind(')');
+  if (nameEnd == std::string_view::npos || stat.size() < nameEnd + 4) return false;
+  row.state = stat[nameEnd + 2];
+  stat.remove_prefix(nameEnd + 4);  // ") S "
+  const std::optional<int> parent = NumberOf(TakeField(stat));
+  for (int field = 0; field < kBetweenParentAndStart; ++field) TakeField(stat);
+  row.parent = parent.value_or(0);
+  row.start = NumberOf<unsigned long long>(TakeField(stat)).value_or(0);
+  return parent.has_value();
+}
+
+enum class StatResult { Read, Ended, Unreadable };
+
+// Completes the row of the process whose directory in \a proc is \a name.
+StatResult ReadStat(int proc, const char* name, ProcessRow& row) {
   char path[32];
-  if (strlen(name) + sizeof "/stat" > sizeof path) return true;  // longer than any identifier
+  if (strlen(name) + sizeof "/stat" > sizeof path) return StatResult::Ended;  // no identifier
   strcat(strcpy(path, name), "/stat");
-  const FileDescriptor file(openat(procFolder, path, O_RDONLY | O_CLOEXEC));
-  if (!file.IsOpen()) return errno == ENOENT || errno == ESRCH;
-  char text[512];  // more than identifier, name and parent take; the rest is of no interest
+  const FileDescriptor file(AboveStandard(openat(proc, path, O_RDONLY | O_CLOEXEC)));
+  if (!file.IsOpen()) {
+    return errno == ENOENT || errno == ESRCH ? StatResult::Ended : StatResult::Unreadable;
+  }
+  char text[1024];  // more than the fields up to the start time take
   const ssize_t count = ReadSome(file.Get(), text, sizeof text);
-  if (count < 0) return errno == ESRCH;
-  *parent = ParentIn(std::string_view(text, static_cast<std::size_t>(count)));
-  return true;
+  if (count < 0) return errno == ESRCH ? StatResult::Ended : StatResult::Unreadable;
+  const std::string_view stat(text, static_cast<std::size_t>(count));
+  return ParseStat(stat, row) ? StatResult::Read : StatResult::Ended;
+}
+
+// Repeats \a read, which returns false and sets errno on a failure, with the descriptors in reserve
+// if there are no others.
+template <typename Read>
+bool ReadWithReserve(Read read) {
+  if (read()) return true;
+  if (errno != EMFILE && errno != ENFILE) return false;
+  const ReserveReleased released;
+  return read();
 }
 
 // Anything but printable ASCII separates words.
@@ -67,7 +95,7 @@ bool IsBlank(char c) {
   return byte <= ' ' || byte >= 128;
 }
 
-// Takes the first word off \a line; empty if there is none left.
+// Removes the first word from \a line and returns it; empty if there is none.
 std::string_view TakeWord(std::string_view& line) {
   const char* const end = line.data() + line.size();
   const char* const first = std::find_if_not(line.data(), end, IsBlank);
@@ -78,16 +106,19 @@ std::string_view TakeWord(std::string_view& line) {
 
 }  // namespace
 
-bool ReadProcFolder(const char* folder, ProcessTable& table) {
-  const std::unique_ptr<DIR, DirCloser> dir(opendir(folder));
+bool ReadProcDirectory(const char* directory, ProcessTable& table) {
+  FileDescriptor proc = OpenFile(directory, O_RDONLY | O_DIRECTORY);
+  const std::unique_ptr<DIR, DirCloser> dir(proc.IsOpen() ? fdopendir(proc.Get()) : nullptr);
   if (dir == nullptr) return false;
+  proc.Release();
   table.clear();
   while (const dirent* entry = readdir(dir.get())) {
     const std::optional<int> pid = NumberOf(entry->d_name);
     if (!pid || *pid <= 0) continue;
-    std::optional<int> parent;
-    if (!ReadParent(dirfd(dir.get()), entry->d_name, &parent)) return false;
-    if (parent) table.push_back({*pid, *parent});
+    ProcessRow row{*pid, 0};
+    const StatResult result = ReadStat(dirfd(dir.get()), entry->d_name, row);
+    if (result == StatResult::Unreadable) return false;
+    if (result == StatResult::Read) table.push_back(row);
   }
   std::sort(table.begin(), table.end(),
             [](const ProcessRow& left, const ProcessRow& right) { return left.pid < right.pid; });
@@ -95,12 +126,13 @@ bool ReadProcFolder(const char* folder, ProcessTable& table) {
 }
 
 bool ReadProcessListing(const char* command, ProcessTable& table) {
+  const StandardDescriptorsHeld held;
   const std::unique_ptr<FILE, PipeCloser> pipe(popen(command, "re"));
   if (pipe == nullptr) return false;
   table.clear();
   std::string text;
   ReadToEnd(fileno(pipe.get()), text);
-  // Whole lines, however long: the tail of a long argument must not pass for a process.
+  // Reads whole lines, however long: the tail of a long argument must not be read as a process.
   for (std::string_view rest = text; !rest.empty();) {
     const std::size_t length = std::min(rest.find('\n'), rest.size() - 1) + 1;
     std::string_view line = rest.substr(0, length);
@@ -114,7 +146,20 @@ bool ReadProcessListing(const char* command, ProcessTable& table) {
 }
 
 bool ReadProcessTable(ProcessTable& table) {
-  return ReadProcFolder(kProcFolder, table) || ReadProcessListing(kListing, table);
+  return ReadWithReserve([&] { return ReadProcDirectory(kProc, table); }) ||
+         ReadProcessListing(kListing, table);
+}
+
+std::optional<unsigned long long> ReadStartTime(int pid) {
+  ProcessRow row{pid, 0};
+  const std::string name = std::string(kProc) + "/" + std::to_string(pid);
+  StatResult result;
+  ReadWithReserve([&] {
+    result = ReadStat(AT_FDCWD, name.c_str(), row);
+    return result != StatResult::Unreadable;
+  });
+  if (result == StatResult::Unreadable) return std::nullopt;
+  return row.start;
 }
 
 }  // namespace vor

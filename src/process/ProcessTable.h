@@ -1,6 +1,7 @@
 #ifndef VOR_PROCESS_PROCESSTABLE_H
 #define VOR_PROCESS_PROCESSTABLE_H
 
+#include <optional>
 #include <vector>
 
 namespace vor {
@@ -9,22 +10,28 @@ namespace vor {
 struct ProcessRow {
   int pid;
   int parent;
+  char state = '\0';             ///< as in /proc/PID/stat, "T" stopped; NUL: not known
+  unsigned long long start = 0;  ///< in clock ticks since the system started; 0: not known
 };
 
 using ProcessTable = std::vector<ProcessRow>;
 
-/// Reads the processes of the system, ended but not collected ones included, threads not, in the
-/// order in which "ps -ef" lists them: by ascending identifier.  False if there is no source.
+/// Reads the processes of the system, with zombies and without threads, in the order of "ps -ef":
+/// by ascending identifier.  False if no source works.
 bool ReadProcessTable(ProcessTable& table);
 
 // The sources of ReadProcessTable, the first one that works.
 
-/// The process file system mounted at \a folder; false if there is none.
-bool ReadProcFolder(const char* folder, ProcessTable& table);
+/// The process file system mounted at \a directory; false, with errno set, if it cannot be read.
+bool ReadProcDirectory(const char* directory, ProcessTable& table);
 
 /// The output of \a command, a shell command that lists processes as "ps -ef" does: the identifier
 /// is the second word of a line, the parent's the third.  False if the shell cannot be started.
 bool ReadProcessListing(const char* command, ProcessTable& table);
+
+/// When the process \a pid started, as in ProcessRow; 0 if it has ended, none if that cannot be
+/// read.
+std::optional<unsigned long long> ReadStartTime(int pid);
 
 }  // namespace vor
 

@@ -11,18 +11,18 @@ class VorListValVorString;
 
 namespace vor {
 
-/// The process \a root and its descendants, in this order: the root, then again and again the row
+/// The process \a root and its descendants, in this order: the root, then repeatedly the row
 /// nearest to the end of \a table whose parent is already in the result.
-std::vector<int> FindTree(int root, const ProcessTable& table);
+ProcessTable FindTree(int root, const ProcessTable& table);
 
 /// Goes once through \a table and appends to \a pids, identifiers as decimal texts, each process
-/// that is not in it and whose parent is.
+/// that is not in it if its parent is.
 void AppendChildrenInOnePass(const ProcessTable& table, VorListValVorString& pids);
 
 /// The shell commands that kill \a tree from its last to its first entry; one, unless that is
-/// longer than \a longest bytes.  The environment variables whence_ro and KVR_UXT_NULL put a
-/// command before and a redirection behind.
-std::vector<std::string> KillCommands(const std::vector<int>& tree, std::size_t longest);
+/// longer than \a longest bytes.  The value of the environment variable whence_ro goes before the
+/// command; if KVR_UXT_NULL is set, a redirection goes after it.
+std::vector<std::string> KillCommands(const ProcessTable& tree, std::size_t longest);
 
 }  // namespace vor
 

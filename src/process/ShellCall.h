@@ -5,25 +5,27 @@
 
 namespace vor {
 
-/// system(), known to the children that are started meanwhile.
+/// Does and returns what system() does: -1 if no process can be made or if the system reaped the
+/// shell (SIGCHLD is ignored), the wait status of an exit with 127 if there is no shell.
 ///
-/// While a command of system() runs, the whole process ignores SIGINT and SIGQUIT; a child that
-/// another thread starts in that time must not inherit it.
-int RunInShell(const char* command);
+/// The shell blocks the signals of \a mask; null: those that the calling thread blocks.
+///
+/// Unlike system(), it works in the forked child of a threaded process, and children that other
+/// threads start while a command runs do not inherit that this process ignores SIGINT and SIGQUIT.
+int RunInShell(const char* command, const sigset_t* mask = nullptr);
 
-/// Held while a child is started: tells which signals are ignored for a RunInShell alone.
-class ShellCallScope {
+/// Detects whether a child was forked during a RunInShell.  Construct it before the fork.
+class ShellCallWatch {
  public:
-  ShellCallScope();
-  ShellCallScope(const ShellCallScope&) = delete;
-  ShellCallScope& operator=(const ShellCallScope&) = delete;
-  ~ShellCallScope();
+  ShellCallWatch();
 
-  /// The signals that the child is to get back their defaults of.
-  const sigset_t& IgnoredForShell() const { return _ignored; }
+  /// Called in the child: whether \a number is ignored for a RunInShell alone, so that the child
+  /// must get its default back.  Async-signal-safe.
+  bool IsIgnoredForShell(int number) const;
 
  private:
-  sigset_t _ignored;
+  unsigned _begun;   // calls that had begun
+  unsigned _active;  // of them, those that had not ended
 };
 
 }  // namespace vor

@@ -4,21 +4,28 @@
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <utility>
 
 #include "base/VorListValVorString.h"
 #include "foundation/Tracing.h"
 #include "process/ChildStart.h"
+#include "process/ProcessSignal.h"
 #include "process/ProcessTable.h"
 #include "process/ProcessTree.h"
 #include "process/ShellCall.h"
+#include "process/StoppedTree.h"
 
 namespace {
 
-// What system() gives when kill finds no such process: exit code 1.
+// The result of system() if kill finds no such process: exit code 1.
 constexpr int kNothingKilled = 256;
 
 // exec takes 131,072 bytes in one argument, and the shell gets a command as one.
@@ -29,30 +36,65 @@ int Fold(int rawStatus) {
   return static_cast<int>(raw < 256 ? raw : raw >> 8);
 }
 
+TAProcessEnd EndFrom(int rawStatus) {
+  TAProcessEnd end;
+  const bool isSignal = WIFSIGNALED(rawStatus);
+  end.kind = isSignal ? TAProcessEnd::Signalled : TAProcessEnd::Exited;
+  end.code = isSignal ? WTERMSIG(rawStatus) : WEXITSTATUS(rawStatus);
+  end.coreDumped = isSignal && WCOREDUMP(rawStatus);
+  return end;
+}
+
+TAProcessEnd NotStartedFor(int error) {
+  TAProcessEnd end;
+  end.kind = TAProcessEnd::NotStarted;
+  end.code = error;
+  return end;
+}
+
+long long NanosecondsSinceBoot() {
+  timespec now = {};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
+}
+
+// 0 for a child that this object did not start.
+double SecondsSince(long long startNs) {
+  return startNs == 0 ? 0 : static_cast<double>(NanosecondsSinceBoot() - startNs) / 1e9;
+}
+
+// A program may ask to be traced by its parent (PTRACE_TRACEME).  It then stops at each signal, and
+// waitpid reports that too.  Continues it without tracing and delivers \a signal, unless that is a
+// stop signal.
+void ContinueUntraced(pid_t pid, int signal) {
+  constexpr int kStops[] = {SIGTRAP, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU};
+  const bool isStop = std::find(std::begin(kStops), std::end(kStops), signal) != std::end(kStops);
+  ptrace(PTRACE_DETACH, pid, nullptr, isStop ? 0 : signal);
+}
+
+// waitpid for an end.
 pid_t WaitFor(pid_t pid, int& rawStatus, int flags) {
-  pid_t ended;
-  do {
-    ended = waitpid(pid, &rawStatus, flags);
-  } while (ended < 0 && errno == EINTR);
-  return ended;
+  for (;;) {
+    rawStatus = 0;
+    const pid_t ended = waitpid(pid, &rawStatus, flags);
+    if (ended > 0 && WIFSTOPPED(rawStatus)) {
+      ContinueUntraced(ended, WSTOPSIG(rawStatus));
+    } else if (ended >= 0 || errno != EINTR) {
+      return ended;
+    }
+  }
 }
 
-bool Exists(int pid) {
-  return kill(pid, 0) == 0;
-}
-
-// 0 if the process got the signal or has gone, 1 with a message if it could not be sent.
-int SendSignal(int pid, int hard) {
-  if (!Exists(pid) || kill(pid, hard != 0 ? SIGKILL : SIGTERM) == 0) return 0;
+// After a signal was sent with the result \a error: 0 if the process got it, has gone or belongs to
+// another user; 1 with a message if it could not be sent.
+int ReportSignal(int error) {
+  if (error == 0 || error == ESRCH || error == EPERM) return 0;
   printf("Error unable to kill process\n");
   return 1;
 }
 
-// The child, then its descendants; the child alone where the process table cannot be read.
-std::vector<int> ReadTree(int root) {
-  vor::ProcessTable table;
-  vor::ReadProcessTable(table);
-  return vor::FindTree(root, table);
+int NumberOfSignal(int hard) {
+  return hard != 0 ? SIGKILL : SIGTERM;
 }
 
 }  // namespace
@@ -74,37 +116,64 @@ int TAProcess::SetInput(const VorString& file) {
 }
 
 int TAProcess::Start(const VorString& command, int) {
-  _pid = vor::StartChild(command, _output, _input);
-  _collected = false;
+  vor::StartedChild child = vor::StartChild(command, _output, _input);
+  _pid = std::max(child.pid, 0);
+  _reaped = false;
   _isOwn = true;
-  if (_pid > 0) return 0;
-  _pid = 0;
+  _end = TAProcessEnd();
+  if (child.error != 0) _end = NotStartedFor(child.error);
+  _lateError = std::move(child.lateError);
+  _startNs = NanosecondsSinceBoot();
+  if (child.pid > 0) return 0;
   _errMsg = "Unable to fork process";
   return 1;
 }
 
 int TAProcess::Check(int& status) {
   status = 0;
-  if (!HasChild()) return -1;
-  int rawStatus = 0;
-  const int ended = WaitFor(_pid, rawStatus, WNOHANG);
-  status = Fold(rawStatus);
-  _collected = HasGone(ended);
-  return ended;
+  return HasChild() ? Reap(status, WNOHANG) : -1;
 }
 
 int TAProcess::Wait(int& status) {
   status = 0;
-  if (!HasChild()) return 0;
-  int rawStatus = 0;
-  _collected = HasGone(WaitFor(_pid, rawStatus, 0));
-  status = Fold(rawStatus);
+  if (HasChild()) Reap(status, 0);
   return 0;
 }
 
-// A child of its own that is not there was collected elsewhere, by the system for instance.
-bool TAProcess::HasGone(int waited) const {
-  return waited == _pid || (waited < 0 && _isOwn && errno == ECHILD);
+// waitpid, which notes an end.  An own child that is not there was reaped elsewhere, by the system
+// for instance.
+int TAProcess::Reap(int& status, int flags) {
+  int rawStatus;
+  const int ended = WaitFor(_pid, rawStatus, flags);
+  status = Fold(rawStatus);
+  if (ended == _pid) NoteEnd(EndFrom(rawStatus));
+  if (ended < 0 && _isOwn && errno == ECHILD) NoteEnd({TAProcessEnd::Lost});
+  return ended;
+}
+
+void TAProcess::NoteEnd(const TAProcessEnd& end) {
+  _reaped = true;
+  if (_lateError != nullptr && *_lateError != 0) _end = NotStartedFor(*_lateError);
+  if (_end.kind == TAProcessEnd::NotStarted) return;
+  _end = end;
+  _end.seconds = SecondsSince(_startNs);
+}
+
+TAProcessEnd TAProcess::GetEnd() const {
+  TAProcessEnd end = _end;
+  if (end.kind == TAProcessEnd::NotEnded) end.seconds = SecondsSince(_startNs);
+  return end;
+}
+
+// Checks before each signal that an own child was not reaped by the system.
+bool TAProcess::MaySignal() {
+  if (HasChild() && _isOwn && !vor::IsChild(_pid)) NoteEnd({TAProcessEnd::Lost});
+  return HasChild();
+}
+
+int TAProcess::SendSignal(int signal) const {
+  if (_isOwn) return vor::SignalChild(_pid, signal);
+  return kill(_pid, signal) == 0 ? 0 : errno;
 }
 
 int TAProcess::Exec(const VorString& command) {
@@ -113,28 +182,32 @@ int TAProcess::Exec(const VorString& command) {
 }
 
 int TAProcess::Kill() {
-  if (!HasChild()) return kNothingKilled;
-  return vor::RunInShell("kill -9 " + toString(_pid) + "> /dev/null 2>&1");
+  if (!MaySignal()) return kNothingKilled;
+  const int result = vor::RunInShell("kill -9 " + toString(_pid) + "> /dev/null 2>&1");
+  if (result != 0) SendSignal(SIGKILL);
+  return result;
 }
 
 int TAProcess::KillWithSig(int hard) {
-  return HasChild() ? SendSignal(_pid, hard) : 0;
+  return MaySignal() ? ReportSignal(SendSignal(NumberOfSignal(hard))) : 0;
 }
 
 int TAProcess::KillTree() noexcept {
-  if (!HasChild()) return kNothingKilled;
+  if (!MaySignal()) return kNothingKilled;
+  const vor::StoppedTree tree(_pid, _isOwn);
   int result = 0;
-  for (const std::string& command : vor::KillCommands(ReadTree(_pid), kLongestCommand)) {
-    const int one = vor::RunInShell(command.c_str());
+  for (const std::string& command : vor::KillCommands(tree.Processes(), kLongestCommand)) {
+    const int one = vor::RunInShell(command.c_str(), &tree.Mask());
     if (result == 0) result = one;
   }
+  if (result != 0) tree.SignalAll(SIGKILL);
   return result;
 }
 
 int TAProcess::KillTreeWithSig(int hard) noexcept {
-  if (!HasChild()) return 0;
-  const std::vector<int> tree = ReadTree(_pid);
-  for (auto pid = tree.rbegin(); pid != tree.rend(); ++pid) SendSignal(*pid, hard);
+  if (!MaySignal()) return 0;
+  const vor::StoppedTree tree(_pid, _isOwn);
+  for (const int error : tree.SignalAll(NumberOfSignal(hard))) ReportSignal(error);
   return 0;
 }
 
@@ -142,7 +215,7 @@ int TAProcess::GetProcessTree(VorListValVorString& pids) const noexcept {
   if (_pid <= 0) return -1;
   if (pids.Size() == 0) {
     pids.Append(toString(_pid));
-    if (_collected) return 0;  // its identifier may be a stranger's, and its children have left it
+    if (_reaped) return 0;  // the identifier may be reused, and the children have another parent
   }
   vor::ProcessTable table;
   if (!vor::ReadProcessTable(table)) return 1;
@@ -152,8 +225,7 @@ int TAProcess::GetProcessTree(VorListValVorString& pids) const noexcept {
 
 int TAProcess::ZombiClean() {
   signal(SIGCHLD, SIG_IGN);
-  int rawStatus;
-  WaitFor(-1, rawStatus, WNOHANG);
+  waitpid(-1, nullptr, WNOHANG);
   return 0;
 }
 

@@ -5,7 +5,6 @@
 #include <functional>
 #include <thread>
 
-#include "base/IndexCheck.h"
 #include "process/ChildWatch.h"
 #include "process/processInfo.h"
 
@@ -15,23 +14,20 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 constexpr int kDefaultMaxRunning = 10;
-constexpr int kKilledForTime = 99;
 constexpr int kMsForKilled = 100;
-
-enum Status { kWaiting = 0, kRunning = 1, kDone = 2 };
 
 constexpr milliseconds kNoLimit = milliseconds::max();
 
-// Time limits follow the clock of the day, which may be set while a wait goes on.
+// Time limits follow the clock of the day, which can be set during a wait.
 constexpr milliseconds kLongestWaitForTimeLimit(1000);
 
-// Seconds as the system counts them: a command is overdue in the first second behind its deadline.
+// Seconds as the system counts them: a command is overdue in the first second after its deadline.
 bool IsOverdue(const processInfo& entry, std::time_t now) {
   return entry.deadline != 0 && entry.deadline < now;
 }
 
-// How long to wait before looking at the time limit of \a entry; never 0, since time() may be a
-// little behind the clock that is read here.
+// How long to wait before looking at the time limit of \a entry; never 0, since time() may lag the
+// clock that is read here.
 milliseconds UntilOverdue(const processInfo& entry) {
   using std::chrono::system_clock;
   if (entry.deadline == 0) return kNoLimit;
@@ -55,12 +51,13 @@ TAProcessList::TAProcessList() : TAProcessList(kDefaultMaxRunning) {}
 TAProcessList::TAProcessList(int maxRunning)
     : _watch(std::make_unique<vor::ChildWatch>()), _maxRunning(maxRunning) {}
 
-// Without this, the command killed last would stay in the process table: nobody calls Check again.
+// Without this, the command killed last would stay in the process table, because Check is not
+// called again.
 TAProcessList::~TAProcessList() {
-  CollectKilled();
+  ReapKilled();
   for (int wait = 0; wait < kMsForKilled && !_killed.empty(); ++wait) {
     std::this_thread::sleep_for(milliseconds(1));
-    CollectKilled();
+    ReapKilled();
   }
 }
 
@@ -79,7 +76,7 @@ int TAProcessList::Start(const VorString& command, int timeout, const VorString&
 }
 
 int TAProcessList::Check() noexcept {
-  CollectKilled();
+  ReapKilled();
   bool changed = NoticeEnds();
   if (KillOverdue()) changed = true;
   while (MayLaunch()) {
@@ -89,8 +86,8 @@ int TAProcessList::Check() noexcept {
   return changed ? 1 : 0;
 }
 
-// The end of a killed child is no news; it only has to leave the process table.
-void TAProcessList::CollectKilled() {
+// The end of a killed child changes no result; it only has to leave the process table.
+void TAProcessList::ReapKilled() {
   std::erase_if(_killed, [this](int position) {
     int ignored;
     return Entry(position).process.Check(ignored) != 0;
@@ -104,6 +101,7 @@ bool TAProcessList::NoticeEnds() {
     if (entry.process.Check(entry.returnCode) == 0) {
       ++index;
     } else {
+      entry.end = entry.process.GetEnd();
       Retire(index);
       changed = true;
     }
@@ -120,8 +118,10 @@ bool TAProcessList::KillOverdue() {
       ++index;
       continue;
     }
+    entry.end = entry.process.GetEnd();
     entry.process.KillTree();
-    entry.returnCode = kKilledForTime;
+    entry.returnCode = TimedOut;
+    entry.end.kind = TAProcessEnd::TimedOut;
     _killed.push_back(_running[index]);
     Retire(index);
     changed = true;
@@ -139,7 +139,7 @@ void TAProcessList::LaunchNext() {
   const int position = _waiting.back();
   _waiting.pop_back();
   processInfo& entry = Entry(position);
-  entry.status = kRunning;
+  entry.status = Running;
   entry.process.Start(entry.command, 0);
   entry.deadline = entry.timeout != 0 ? std::time(nullptr) + entry.timeout : 0;
 
@@ -150,7 +150,7 @@ void TAProcessList::LaunchNext() {
 
 // The running command at the 0-based \a index is done.
 void TAProcessList::Retire(std::size_t index) {
-  Entry(_running[index]).status = kDone;
+  Entry(_running[index]).status = Done;
   _running.erase(_running.begin() + static_cast<std::ptrdiff_t>(index));
   _watch->Remove(index);
 }
@@ -199,6 +199,13 @@ int TAProcessList::GetStatus(int position) const {
   return Entry(position).status;
 }
 
+TAProcessEnd TAProcessList::GetEnd(int position) const {
+  const processInfo& entry = Entry(position);
+  TAProcessEnd end = entry.end;
+  if (entry.status == Running) end.seconds = entry.process.GetEnd().seconds;
+  return end;
+}
+
 processInfo& TAProcessList::Entry(int position) const {
-  return *_entries[vor::CheckedOffset(position, _entries.size())];
+  return *_entries[VorCollec::OffsetOf(position, _entries.size())];
 }

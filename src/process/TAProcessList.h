@@ -5,16 +5,17 @@
 #include <memory>
 #include <vector>
 
-#include "base/Export.h"
-#include "base/VorString.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
+#include "TAProcessEnd.h"
 
 struct processInfo;
 namespace vor {
 class ChildWatch;
 }
 
-/// A queue of commands that run as child processes, a limited number at a time, each with a time
-/// limit of its own where wanted.
+/// A queue of commands that run as child processes, a limited number at a time.  Each may have a
+/// time limit.
 ///
 /// Call Start for every command, then
 ///
@@ -23,20 +24,29 @@ class ChildWatch;
 ///       list.WaitForChange(-1);
 ///     }
 ///
-/// (with a limit of at least 1 command at a time: with 0 none ever starts and the loop never ends)
-/// and read each result by its position.  Nothing happens between two calls: there is no thread and
-/// no signal handler.  More commands may be added at any time.  A command goes from waiting (0) to
-/// running (1) to done (2), never back.  Positions are 1-based, in the order of Start.
+/// and read each result by its position.  (With a limit of 0 commands at a time none ever starts,
+/// and the loop never ends.)  Nothing happens between two calls: there is no thread and no signal
+/// handler.  More commands may be added at any time.  A command goes from waiting to running to
+/// done, never back.  Positions are 1-based, in the order of Start.
 ///
-/// Ownership: keeps copies of what it is given.  The destructor neither kills nor waits for
-///            children that still run; they go on, and stay in the process table when they end.  It
-///            gives those that were killed a tenth of a second to go.
-/// Errors:    none are reported.  A command that cannot be started or whose end was collected
-///            elsewhere is done with return code 0.  A position outside the list is a bug of the
-///            caller: a message on standard error, then abort.
+/// Ownership: keeps copies of its arguments.  The destructor neither kills nor waits for children
+///            that still run; they go on, and stay in the process table when they end.  It waits up
+///            to 0.1 seconds for those that were killed.
+/// Errors:    return codes cannot distinguish all ends: the return code is also 0 if the fork
+///            failed or if the command was reaped elsewhere.  After TAProcess::ZombiClean, which a
+///            TAThread clean-up calls, or with SIGCHLD ignored from the start, the system reaps all
+///            of them, so every command "passes".  GetEnd distinguishes these from a success.  A
+///            position outside the list is a bug of the caller: a message on standard error, then
+///            abort.
 /// Threads:   a list belongs to one thread at a time.
 class VOR_API TAProcessList {
  public:
+  /// The states of a command, as GetStatus returns them.
+  enum Status : int { Waiting = 0, Running = 1, Done = 2 };
+
+  /// The return code of a command that was killed for its time limit.
+  static constexpr int TimedOut = 99;
+
   /// At most 10 commands run at once.
   TAProcessList();
   /// At most \a maxRunning commands run at once; with 0 or less none ever starts.
@@ -45,25 +55,30 @@ class VOR_API TAProcessList {
   TAProcessList& operator=(const TAProcessList&) = delete;
   ~TAProcessList();
 
-  /// Queues \a command (see TAProcess::Start), which may run for \a timeout seconds, 0 for as long
-  /// as it likes.  Returns its position.
+  /// Queues \a command (see TAProcess::Start), which may run for \a timeout seconds; 0 for no
+  /// limit.  Returns its position.
   int Start(const VorString& command, int timeout) noexcept;
-  /// The same, with standard output and standard error sent to the file \a output.
+  /// The same, with standard output and standard error sent to the file \a output (see
+  /// TAProcess::SetOutput: a file that cannot be opened is ignored).
   int Start(const VorString& command, int timeout, const VorString& output) noexcept;
 
-  /// One step: notices the commands that have ended, kills those whose time is over, each with its
-  /// whole process tree, and starts waiting ones up to the limit.  Returns 1 if a command changed
-  /// its state, else 0.
+  /// One step: notices the commands that have ended, kills those that have reached their time
+  /// limit, each with its whole process tree (see TAProcess::KillTree), and starts waiting ones up
+  /// to the limit.  Returns 1 if a command changed its state, else 0.
   ///
   /// Callers rely on the order: the command added last starts first.  A command is killed by the
-  /// first Check in a second later than its start plus its limit.  The cost grows with the commands
-  /// that run, not with those that wait or are done.
+  /// first Check after the second of the clock in which its time limit ends.  The cost grows with
+  /// the commands that run, not with those that wait or are done.
   int Check() noexcept;
 
-  /// Blocks, without using the processor, until Check has something to do: a running command has
-  /// ended, its time is over, or a waiting one may start.  Returns 1 then, 0 when \a limitMs
-  /// have passed before; less than 0 for no limit.  Returns 0 at once if nothing runs that could
-  /// change anything.
+  /// Blocks until Check has something to do: a running command has ended or reached its time limit,
+  /// or a waiting one may start.  Returns 1 then, 0 after \a limitMs milliseconds; less than 0 for
+  /// no limit.  Returns 0 at once if nothing runs that could change anything.
+  ///
+  /// The wait itself costs no processor time as long as the running commands of all lists are at
+  /// most a quarter of the soft limit of descriptors (RLIMIT_NOFILE), since each then has a
+  /// descriptor here.  The others are checked at intervals of 10 to 100 ms, which costs some
+  /// processor time and notices their ends later; a higher limit avoids it.
   int WaitForChange(int limitMs) noexcept;
 
   int NWaiting() const;
@@ -71,26 +86,31 @@ class VOR_API TAProcessList {
   int NDone() const;
   int Size() const;
 
-  /// The folded exit status (see TAProcess) of a command that is done, 99 if it was killed for its
-  /// time limit; 0 before.
+  /// The folded exit status (see TAProcess) of a command that is done, TimedOut if it was killed
+  /// for its time limit; 0 before.  A command may also exit with 99 by itself; GetEnd
+  /// distinguishes the two.
   int GetReturnCode(int position) const;
 
-  /// 0 waiting, 1 running, 2 done, also if it was killed.
+  /// Waiting, Running or Done; Done also if the command was killed or could not be started.
   int GetStatus(int position) const;
+
+  /// How the command ended; NotEnded while it waits or runs.  The only sure sign of success is the
+  /// kind Exited with the code 0.
+  TAProcessEnd GetEnd(int position) const;
 
  private:
   bool NoticeEnds();
   bool KillOverdue();
-  void CollectKilled();
+  void ReapKilled();
   bool MayLaunch() const;
   void LaunchNext();
   void Retire(std::size_t index);
   processInfo& Entry(int position) const;
 
   std::vector<std::unique_ptr<processInfo>> _entries;
-  std::vector<int> _waiting;                // positions, the next one to start at the end
-  std::vector<int> _running;                // positions, the command added last first
-  std::vector<int> _killed;                 // positions of children that may not be collected yet
+  std::vector<int> _waiting;  // positions, the next one to start at the end
+  std::vector<int> _running;  // positions, the command added last first
+  std::vector<int> _killed;   // positions of children that were killed and not yet reaped
   std::unique_ptr<vor::ChildWatch> _watch;  // the children of _running, in its order
   int _maxRunning;
 };

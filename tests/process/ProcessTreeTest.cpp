@@ -36,9 +36,15 @@ std::vector<int> FindTreeNaively(int root, ProcessTable table) {
   return tree;
 }
 
+std::vector<int> PidsOf(const ProcessTable& tree) {
+  std::vector<int> pids;
+  for (const vor::ProcessRow& row : tree) pids.push_back(row.pid);
+  return pids;
+}
+
 }  // namespace
 
-// Small identifiers make repeated rows, circles and parents behind their children likely.
+// Small identifiers make repeated rows, cycles and parents after their children likely.
 TEST(ProcessTree, FindsTheSameAsRepeatedScans) {
   std::mt19937 random(20260101);
   for (int round = 0; round < 3000; ++round) {
@@ -47,7 +53,8 @@ TEST(ProcessTree, FindsTheSameAsRepeatedScans) {
     const auto any = [&] { return 1 + static_cast<int>(random() % unsigned(range)); };
     for (vor::ProcessRow& row : table) row = {any(), any()};
     const int root = any();
-    ASSERT_EQ(vor::FindTree(root, table), FindTreeNaively(root, table)) << "round " << round;
+    ASSERT_EQ(PidsOf(vor::FindTree(root, table)), FindTreeNaively(root, table))
+        << "round " << round;
   }
 }
 
@@ -62,14 +69,14 @@ TEST(ProcessTree, ListsFromTheEntriesItIsGiven) {
 }
 
 TEST(ProcessTree, KillsTheLastFoundFirst) {
-  EXPECT_EQ(vor::KillCommands({100, 101, 102}, 1000),
-            std::vector<std::string>{"kill -9 102 101 100"});
+  const ProcessTable tree = {{100, 1}, {101, 100}, {102, 101}};
+  EXPECT_EQ(vor::KillCommands(tree, 1000), std::vector<std::string>{"kill -9 102 101 100"});
   setenv("whence_ro", "under", 1);
   setenv("KVR_UXT_NULL", "/dev/null", 1);
-  EXPECT_EQ(vor::KillCommands({100, 101, 102}, 45),
+  EXPECT_EQ(vor::KillCommands(tree, 45),
             (std::vector<std::string>{"under kill -9 102 101 > $KVR_UXT_NULL 2>&1",
                                       "under kill -9 100 > $KVR_UXT_NULL 2>&1"}));
-  EXPECT_EQ(vor::KillCommands({100, 101}, 1).size(), 2u);  // no room at all: one each
+  EXPECT_EQ(vor::KillCommands(tree, 1).size(), 3u);  // no room at all: one each
   unsetenv("whence_ro");
   unsetenv("KVR_UXT_NULL");
 }
@@ -83,10 +90,10 @@ TEST(ProcessTable, ReadsEitherSource) {
   dir.Write("13/status", "no stat");
   dir.Write("x14/stat", "14 (x) S 1 2");
   ProcessTable table;
-  ASSERT_TRUE(vor::ReadProcFolder(dir.Path().c_str(), table));
+  ASSERT_TRUE(vor::ReadProcDirectory(dir.Path().c_str(), table));
   EXPECT_EQ(table, (ProcessTable{{9, 1}, {12, 7}}));
-  EXPECT_FALSE(vor::ReadProcFolder((dir / "12").c_str(), table));
-  EXPECT_FALSE(vor::ReadProcFolder((dir / "none").c_str(), table));
+  EXPECT_FALSE(vor::ReadProcDirectory((dir / "12").c_str(), table));
+  EXPECT_FALSE(vor::ReadProcDirectory((dir / "none").c_str(), table));
 
   const std::string file =
       dir.Write("ps", "UID PID PPID C CMD\n\nroot 2\nroot 3 1 0 x " + std::string(5000, 'y') +
