@@ -11,8 +11,8 @@
 
 namespace {
 
-// While a process has one thread only, the C library leaves out what makes a mutex safe; locks are
-// for processes that have more.
+// In a process with one thread, the C library skips the atomic operations of a mutex.  Two threads
+// make the comparison fair.
 struct SecondThread {
   SecondThread() : thread([this] { mutex.lock(); }) {}
   ~SecondThread() {

@@ -3,19 +3,21 @@
 
 #include <atomic>
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
-/// Sets up, once in a process, the arena that the locks of its threads belong to: a small file
-/// /tmp/TABaseArena_PID, mapped by the process and named after it.
+/// Creates and maps, once in a process, the arena of its locks: the small file
+/// /tmp/TABaseArena_PID.  The file shows that the process uses the locks.
 ///
-/// There is one instance, irixLockDriver.  The constructor of every lock activates it, except that
-/// those which are there in every process leave it to their first use; tools need not touch it. The
-/// file shows which processes use the locks.
+/// There is one instance, irixLockDriver; tools need not touch it.  The constructor of every lock
+/// activates it.  The library's own static locks do not: they exist in every process that links the
+/// library.  The first lock of the tool, or the first use of a static lock, creates the arena.
 ///
-/// Ownership: the process that made the file unmaps and removes it when it exits.  A child made by
-///            fork counts as active, makes no arena of its own and leaves its parent's alone.
-/// Errors:    none are reported; where the file exists or cannot be made, there is no arena, and
-///            the locks work all the same.
+/// Ownership: the process that made the file removes it when it exits.  A killed process leaves the
+///            file; the next process of the same user with the same number takes it over and
+///            removes it.  A child made by fork, before or after the first lock, counts as active:
+///            it creates no arena and does not remove its parent's.
+/// Errors:    none are reported.  If the file cannot be created, or if its name is taken by
+///            something that others may own or use, the process has no arena; the locks still work.
 /// Threads:   ActivateDriver may be called from any thread at any time.
 class VOR_API IrixLockDriver {
  public:
@@ -24,11 +26,14 @@ class VOR_API IrixLockDriver {
   IrixLockDriver& operator=(const IrixLockDriver&) = delete;
   ~IrixLockDriver();
 
-  /// Makes the arena, on the first call in the process only.
+  /// Makes the arena on the first call in the process.
   void ActivateDriver();
 
  private:
+  static void InForkedChild();
   void* Attach();
+
+  static const int _forkHandler;
 
   void* _arena = nullptr;
   std::atomic<bool> _isActive{false};

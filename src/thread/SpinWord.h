@@ -5,13 +5,18 @@
 
 namespace vor {
 
-// All locks stand on one word in memory: true while it is held.
+// The plain locks consist of one word in memory, which is true while the lock is held.
 
-/// Waits until the word is free and takes it.  The wait neither yields nor sleeps: what the locks
-/// guard takes less time than a visit to the scheduler.
+/// Takes the word if it is free.  Returns whether it did.
+inline bool TrySpinWord(std::atomic<bool>& word) {
+  return !word.exchange(true, std::memory_order_acquire);
+}
+
+/// Waits until the word is free and takes it.  The wait neither yields nor sleeps: the locks guard
+/// sections that are shorter than a call of the scheduler.
 inline void TakeSpinWord(std::atomic<bool>& word) {
-  while (word.exchange(true, std::memory_order_acquire)) {
-    // Only reading until it looks free leaves the cache line with its holder.
+  while (!TrySpinWord(word)) {
+    // Reading until it looks free leaves the cache line with the holder.
     while (word.load(std::memory_order_relaxed)) {
     }
   }

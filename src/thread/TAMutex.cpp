@@ -16,17 +16,38 @@
 
 #include "base/PosixFile.h"
 
+// The mutex in its file
+//
+// The file is made under a temporary name, filled with an unlocked mutex and then linked to its
+// final name.  So no process sees a half-written mutex, and of several first users one wins: link
+// fails if the name exists.
+//
+// Recovery of a mutex whose owner died
+//
+// The mutex is robust.  When a thread ends, the system walks the list of the robust mutexes that it
+// holds, which the C library keeps for each thread in user memory, and marks each as "owner died".
+// The next thread that locks a marked mutex gets EOWNERDEAD and makes it consistent.  Two cases
+// need more:
+//
+// - The list runs through the memory of the mutexes.  If an object is destroyed while it is locked,
+//   its mapping must stay, or the system would lose the mutexes that come after it in the list.
+// - If the machine goes down, nothing is marked, but the file may stay.  Its lock word then names a
+//   thread that is not there.  The C library ends a process that meets such an owner in a mutex
+//   with priority inheritance.  So Lock looks for the owner first and sets the mark in its place.
+//   If another thread has the number by then, the mutex counts as locked until that thread ends.
+
 namespace {
 
 constexpr std::size_t kFileSize = 64;
 static_assert(sizeof(pthread_mutex_t) <= kFileSize);
 
-// Gives up a mapping of a mutex; null is none.
+// Unmaps a mutex, unless it is null.
 void Unmap(void* mutex) {
   if (mutex != nullptr) munmap(mutex, sizeof(pthread_mutex_t));
 }
 
-// Null, with the reason in errno, if that fails or the file is too short to be touched safely.
+// Maps the mutex of a file.  Returns null, with the reason in errno, if that fails or if the file
+// is so short that an access to the mapping would be fatal.
 void* Map(const vor::FileDescriptor& file) {
   struct stat info;
   if (!file.IsOpen() || fstat(file.Get(), &info) != 0) return nullptr;
@@ -63,8 +84,7 @@ bool WriteMutex(const vor::FileDescriptor& file) {
   return isMade;
 }
 
-// Marks a mutex whose owner is gone as the system does.  The system does not where the machine went
-// down, and the C library ends a process that meets such an owner without the mark.
+// Marks the mutex as the system does, if its owner is gone.
 void MarkDeadOwner(pthread_mutex_t& mutex) {
   const std::atomic_ref word(mutex.__data.__lock);
   int seen = word.load(std::memory_order_relaxed);
@@ -74,7 +94,8 @@ void MarkDeadOwner(pthread_mutex_t& mutex) {
   word.compare_exchange_strong(seen, static_cast<int>(waiters | FUTEX_OWNER_DIED));
 }
 
-// The pattern of a short name beside the final one, which may be as long as names can be.
+// The pattern of a name in the same directory.  It does not contain the final name, which may be
+// as long as names can be.
 std::string TemporaryName(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".TAMutex" + std::to_string(getpid()) + ".XXXXXX";
 }
@@ -86,7 +107,7 @@ TAMutex::TAMutex(const VorString& name) : _path(TAFileName("/tmp") + ("TAMutex" 
   Open();
 }
 
-// A mutex that is held stays mapped: the system finds it through this memory when its owner ends.
+// A mutex that is held stays mapped, for the list of its owner's robust mutexes.
 TAMutex::~TAMutex() {
   if (!_isHeld) Unmap(_mutex);
 }
@@ -94,9 +115,9 @@ TAMutex::~TAMutex() {
 int TAMutex::CreateSharedMemory() {
   if (_path.IsFile() != 0) return 1;
   std::string temporary = TemporaryName(static_cast<const char*>(_path));
-  const vor::FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  const vor::FileDescriptor file(vor::AboveStandard(mkostemp(temporary.data(), O_CLOEXEC)));
   bool isMade = WriteMutex(file);
-  // Unlike rename, link leaves alone what another process has put there meanwhile.
+  // Unlike rename, link does not replace what another process has put there meanwhile.
   if (isMade && link(temporary.c_str(), _path) != 0) {
     isMade = errno == EEXIST && _path.IsFile() != 0;
   }
@@ -130,7 +151,7 @@ int TAMutex::Unlock() {
     printf("mutex not initialized.\n");
     return -1;
   }
-  // Struck off before the unlock: after it the mark may be that of the next owner.
+  // Cleared before the unlock: afterwards the flag may be that of the next owner.
   const bool wasHeld = _isHeld.exchange(false);
   const int result = pthread_mutex_unlock(static_cast<pthread_mutex_t*>(_mutex));
   if (result != 0 && wasHeld) _isHeld = true;

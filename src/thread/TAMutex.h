@@ -3,28 +3,31 @@
 
 #include <atomic>
 
-#include "base/Export.h"
-#include "base/VorString.h"
-#include "filenames/TAFileName.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
+#include "../filenames/TAFileName.h"
 
-/// A mutex by name, shared by the processes of one machine.
+/// A named mutex, shared by the processes of one machine.
 ///
-/// It lives in the file /tmp/TAMutexNAME of 64 bytes, open to every user, which the first object of
-/// that name makes and later ones only map.  The file appears at once and whole: no process sees a
-/// mutex that is half made, and of several first users one wins.  It is not recursive.
+/// It is in the file /tmp/TAMutexNAME of 64 bytes.  The first object of that name makes the file;
+/// later ones only map it.  The file appears complete: no process sees a half-written mutex, and of
+/// several first users one creates it.  The mutex is not recursive.
 ///
-/// A mutex whose owner died while holding it goes to the next one that locks it; what it guarded
-/// may then be half changed.
+/// Any local user can disturb it: every user may write to the file (mode 0777), so any of them can
+/// hold the mutex for ever or overwrite it, and the first user owns the file.  Use it only between
+/// programs that trust all users of the machine; otherwise lock a file in a directory of your own.
 ///
-/// Ownership: the file stays when the objects and processes are gone.  An object that is destroyed
-///            while it is locked leaves the mutex locked, for as long as the thread that locked it
-///            lives.
-/// Errors:    messages on standard output and standard error; see the operations.
-/// Threads:   Lock and Unlock may be called from any thread of any process; the thread that locked
-///            unlocks.
+/// If its owner dies, the next thread that locks the mutex gets it.  The data that it guards may
+/// then be half changed.
+///
+/// Ownership: the file stays when the objects and processes are gone.  If an object is destroyed
+///            while it is locked, the mutex stays locked until the thread that locked it ends.
+/// Errors:    results, and messages on standard output and standard error; see the operations.
+/// Threads:   any thread of any process may call Lock.  Only the thread that locked the mutex may
+///            call Unlock.
 class VOR_API TAMutex {
  public:
-  /// Makes or finds the mutex of that name.  On failure a message is printed, and Lock and Unlock
+  /// Creates or finds the mutex of that name.  On failure it prints a message; Lock and Unlock then
   /// fail.
   explicit TAMutex(const VorString& name);
   TAMutex(const TAMutex&) = delete;
@@ -32,14 +35,15 @@ class VOR_API TAMutex {
 
   virtual ~TAMutex();
 
-  /// Makes the file if there is none.  Returns 1 if it is there now, -1, with a message on standard
-  /// error, if it could not be made or something else has its name.  The constructor has called it.
+  /// Creates the file if it does not exist; the constructor has called it already.  Returns 1 if
+  /// the file exists now.  Returns -1, with a message on standard error, if it could not be created
+  /// or its name is taken by something else.
   int CreateSharedMemory();
 
-  /// Waits for the mutex and takes it.  Returns 0 or the error number of pthread_mutex_lock; -1,
-  /// with a message on standard output, if the constructor failed.
+  /// Waits for the mutex and takes it.  Returns 0 or the error number of pthread_mutex_lock.
+  /// Returns -1, with a message on standard output, if the constructor failed.
   virtual int Lock();
-  /// Gives it back.  Returns 0 or the error number of pthread_mutex_unlock; -1 as Lock.
+  /// Releases it.  Returns 0 or the error number of pthread_mutex_unlock; -1 as Lock.
   virtual int Unlock();
 
  private:

@@ -18,3 +18,7 @@ int TAThreadLock::ReleaseLock() {
   vor::ReleaseSpinWord(_lockWord);
   return 1;
 }
+
+bool TAThreadLock::TryLock() {
+  return vor::TrySpinWord(_lockWord);
+}

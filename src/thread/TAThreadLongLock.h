@@ -3,10 +3,11 @@
 
 #include <atomic>
 
-#include "base/Export.h"
-#include "thread/TAThreadLock.h"
+#include "../base/Export.h"
+#include "TAThreadLock.h"
 
-/// A TAThreadLock that says by its type that it is held for long.  Its waiters spin all the same.
+/// A TAThreadLock whose type documents that it is held for long.  Its waiters spin too, so use
+/// std::mutex in new code.
 class VOR_API TAThreadLongLock : public TAThreadLock {
  public:
   TAThreadLongLock();

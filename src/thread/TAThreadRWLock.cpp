@@ -1,7 +1,22 @@
 #include "thread/TAThreadRWLock.h"
 
-// One word holds it all: the readers that are inside, and the turnstile that they pass and a writer
-// keeps, first until they have left and then for its write.
+// The turnstile
+//
+// Every reader passes a turnstile on its way in.  A writer closes the turnstile, waits until the
+// readers inside have left, writes, and opens it again.  Readers that come after a writer thus wait
+// for it, so no stream of readers keeps a writer out.  Writers exclude each other by the turnstile
+// too: it is closed by one at a time.
+//
+// One word holds the whole state, so that each step is one atomic operation: bit 0 is set while the
+// turnstile is closed, and the bits above it count the readers inside.
+//
+//     GetLock           waits for bit 0 to be clear, and adds a reader in the same operation
+//     ReleaseLock       subtracts a reader
+//     GetWriteLock      waits for bit 0 to be clear and sets it; then waits for no readers
+//     ReleaseWriteLock  clears bit 0
+//
+// Readers that arrive while the turnstile is closed only read the word, which leaves its cache line
+// with those that change it.
 
 namespace {
 

@@ -3,18 +3,19 @@
 
 #include <atomic>
 
-#include "base/Export.h"
-#include "thread/TAThreadLock.h"
+#include "../base/Export.h"
+#include "TAThreadLock.h"
 
-/// A lock that many readers or one writer may hold, between the threads of one process.
+/// A lock between the threads of one process that many readers or one writer may hold.
 ///
-/// GetLock and ReleaseLock are those of a reader.  Writers go first: while one waits, readers that
-/// come later wait behind it, so no stream of readers keeps a writer out.  For the same reason a
-/// thread that holds the lock as a reader must not take it once more: with a writer waiting in
-/// between both wait for ever.
+/// A reader calls GetLock and ReleaseLock, a writer GetWriteLock and ReleaseWriteLock.  Confusing
+/// the two pairs is not detected.
 ///
-/// A reader releases with ReleaseLock, a writer with ReleaseWriteLock; mixing them up is not
-/// noticed.  Waiters spin, as those of TAThreadLock.
+/// Writers go first: readers that arrive while a writer waits enter after it, so no stream of
+/// readers keeps a writer out.  A thread that holds the lock as a reader must not call GetLock
+/// again: if a writer waits at that moment, both wait for ever.
+///
+/// Waiters spin.  With more threads than processors use std::shared_mutex; see TAThreadLock.
 ///
 /// Errors:    none; every operation returns 1.
 /// Threads:   every operation may be called from any thread.
@@ -28,13 +29,13 @@ class VOR_API TAThreadRWLock : public TAThreadLock {
   /// Leaves as a reader.
   int ReleaseLock() override;
 
-  /// Enters as the only writer, when the readers that are inside have left.
+  /// Enters as the only writer, after the readers inside have left.
   virtual int GetWriteLock();
   /// Leaves as the writer.
   virtual int ReleaseWriteLock();
 
  private:
-  std::atomic<unsigned> _state{0};  // readers inside, and whether a writer waits or writes
+  std::atomic<unsigned> _state{0};  // the readers inside, and whether a writer waits or writes
 };
 
 #endif  // VOR_THREAD_TATHREADRWLOCK_H

@@ -7,6 +7,8 @@
 #include <latch>
 #include <string_view>
 
+#include "base/NullText.h"
+
 namespace {
 
 constexpr std::size_t kLongestName = 15;  // bytes; the system refuses longer ones
@@ -14,7 +16,7 @@ constexpr std::size_t kLongestName = 15;  // bytes; the system refuses longer on
 }  // namespace
 
 VorThreads::VorThreads(const char* name)
-    : _name(std::string_view(name == nullptr ? "" : name).substr(0, kLongestName)) {}
+    : _name(std::string_view(vor::TextOrEmpty(name)).substr(0, kLongestName)) {}
 
 VorThreads::~VorThreads() {
   Wait();
@@ -31,7 +33,7 @@ void VorThreads::Stop() {}
 int VorThreads::Start(void* argument) noexcept {
   if (_starter != 0) return 1;
   try {
-    // The body begins when nothing is left to do here, since it may destroy this object.
+    // The thread calls Begin when nothing is left to do here, since Begin may destroy this object.
     const auto isSetUp = std::make_shared<std::latch>(1);
     _thread = std::make_unique<std::thread>([this, argument, isSetUp] {
       isSetUp->wait();

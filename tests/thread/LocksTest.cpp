@@ -1,15 +1,18 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <string>
 #include <thread>
 
-#include "thread/TAThreadLock.h"
+#include "support/Eventually.h"
+#include "support/InProcess.h"
 #include "thread/TAThreadLongLock.h"
 #include "thread/TAThreadRWLock.h"
 
@@ -48,70 +51,98 @@ TEST(Locks, ExcludeOtherThreads) {
   ExpectExclusion([&] { return lock.GetWriteLock(); }, [&] { return lock.ReleaseWriteLock(); });
 }
 
-TEST(TAThreadRWLock, LetsReadersInTogetherAndNeverWithAWriter) {
+TEST(TAThreadRWLock, LetsReadersInTogether) {
   TAThreadRWLock lock;
   lock.GetLock();
-  std::thread([&] { EXPECT_EQ(lock.GetLock() + lock.ReleaseLock(), 2); }).join();
-  lock.ReleaseLock();
+  std::thread([&] { EXPECT_EQ(lock.GetLock(), 1); }).join();
+  EXPECT_EQ(lock.ReleaseLock(), 1);
+}
 
-  int value = 0, seen = 0;
-  std::thread writer([&] {
-    for (int i = 0; i < 1000; ++i) {
+// Two readers, of whom one is always inside for as long as the lock lets the other one in.
+TEST(TAThreadRWLock, ReadersNeitherStarveNorOverlapWriters) {
+  TAThreadRWLock lock;
+  bool isWriting = false;  // under the lock
+  std::atomic<int> entries{0};
+  std::atomic<bool> hasWritten{false};
+  const auto read = [&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      lock.GetLock();
+      const int mine = ++entries;
+      for (int i = 0; i < 20 && entries == mine; ++i) std::this_thread::yield();
+      EXPECT_FALSE(isWriting);
+      lock.ReleaseLock();
+    }
+  };
+  const std::jthread writer([&] {
+    for (int i = 1; i <= 3; ++i) {
+      while (entries < 10 * i) std::this_thread::yield();
       lock.GetWriteLock();
-      ++value, ++value;
+      isWriting = true;
+      std::this_thread::yield();
+      isWriting = false;
       lock.ReleaseWriteLock();
     }
-  });
-  while (seen < 2000) {
-    lock.GetLock();
-    seen = value;
-    EXPECT_EQ(seen % 2, 0);
-    lock.ReleaseLock();
-  }
-  writer.join();
-}
-
-TEST(TAThreadRWLock, AWaitingWriterGoesBeforeLaterReaders) {
-  TAThreadRWLock lock;
-  std::atomic<bool> isWriting{false}, hasWritten{false}, readerIsIn{false};
-  lock.GetLock();
-  std::thread writer([&] {
-    isWriting = true;
-    lock.GetWriteLock();
-    EXPECT_FALSE(readerIsIn);
     hasWritten = true;
-    lock.ReleaseWriteLock();
   });
-  while (!isWriting) std::this_thread::yield();
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the writer is at the turnstile
-  std::thread reader([&] {
-    lock.GetLock();
-    readerIsIn = true;
-    EXPECT_TRUE(hasWritten);
-    lock.ReleaseLock();
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(readerIsIn || hasWritten);
-  lock.ReleaseLock();
-  writer.join();
-  reader.join();
+  const std::jthread first(read), second(read);
+  EXPECT_TRUE(Eventually([&] { return hasWritten.load(); }));
 }
 
-TEST(ArenaDeathTest, IsMadeOnceAndRemovedByItsMaker) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process image has no lock yet
-  const auto makeAndExit = [] {
-    const std::string arena = "/tmp/TABaseArena_" + std::to_string(getpid());
-    const bool isEarly = access(arena.c_str(), F_OK) == 0;
-    const TAThreadLock first, second;
-    bool isThere = !isEarly && access(arena.c_str(), F_OK) == 0;
-    if (fork() == 0) exit(0);  // leaves alone what it has inherited
-    wait(nullptr);
-    isThere = isThere && access(arena.c_str(), F_OK) == 0;
-    fprintf(stderr, "%s", arena.c_str());
-    exit(isThere ? 0 : 1);
+namespace {
+
+bool IsArenaThere() {
+  struct stat info;
+  const std::string arena = "/tmp/TABaseArena_" + std::to_string(getpid());
+  return lstat(arena.c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size == 4096;
+}
+
+// Makes locks in a new process image, which has none yet, after \a plant has put something in the
+// place of the arena.  Prints the path of the arena and exits with 1 if there was one.
+template <typename Plant>
+[[noreturn]] void MakeLocks(Plant plant) {
+  const std::string arena = "/tmp/TABaseArena_" + std::to_string(getpid());
+  unlink(arena.c_str());  // what an earlier process with this number has left
+  const auto isMadeByLock = [] {
+    const bool isOld = IsArenaThere();
+    const TAThreadLock lock;
+    return IsArenaThere() && !isOld;
   };
-  const auto isGone = [](const std::string& arena) {
-    return arena.starts_with("/tmp/TABaseArena_") && access(arena.c_str(), F_OK) != 0;
+  if (InProcess(isMadeByLock) != 0) exit(2);
+  plant(arena.c_str());
+  const TAThreadLock first, second;
+  if (fork() == 0) exit(0);  // leaves alone what it has inherited
+  wait(nullptr);
+  fprintf(stderr, "%s", arena.c_str());
+  exit(IsArenaThere() ? 1 : 0);
+}
+
+}  // namespace
+
+TEST(ArenaDeathTest, IsCreatedOrReusedUnlessAnotherUserMayOwnIt) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  static constexpr struct {
+    const char* there;
+    void (*plant)(const char* path);
+    int isMade;
+  } kRows[] = {
+      {"nothing", [](const char*) {}, 1},
+      {"left by a killed process", [](const char* path) { close(creat(path, 0600)); }, 1},
+      {"in use", [](const char* path) { flock(creat(path, 0600), LOCK_EX); }, 0},
+      {"link", [](const char* path) { EXPECT_EQ(symlink("/dev/null", path), 0); }, 0},
+      {"one of two names",
+       [](const char* path) {
+         close(creat(path, 0600));
+         EXPECT_EQ(link(path, (std::string(path) + "_").c_str()), 0);
+       },
+       0},
   };
-  EXPECT_EXIT(makeAndExit(), testing::ExitedWithCode(0), testing::Truly(isGone));
+  for (const auto& row : kRows) {
+    const auto isRemovedByItsMaker = [&row](const std::string& arena) {
+      remove((arena + "_").c_str());
+      return (remove(arena.c_str()) != 0) == (row.isMade == 1);
+    };
+    EXPECT_EXIT(MakeLocks(row.plant), testing::ExitedWithCode(row.isMade),
+                testing::Truly(isRemovedByItsMaker))
+        << row.there;
+  }
 }

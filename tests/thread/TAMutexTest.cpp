@@ -23,15 +23,9 @@ class TAMutexFile : public testing::Test {
   const std::string _path = "/tmp/TAMutex" + std::string(_name.View());
 };
 
-// Whether it can be had and given back, twice.
+// Whether it can be locked and unlocked, twice.
 bool Works(TAMutex& mutex) {
   return mutex.Lock() == 0 && mutex.Unlock() == 0 && mutex.Lock() == 0 && mutex.Unlock() == 0;
-}
-
-// A number that all processes share.
-volatile int* SharedInt() {
-  return static_cast<volatile int*>(
-      mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 }
 
 }  // namespace
@@ -49,16 +43,13 @@ TEST_F(TAMutexFile, IsMadeOnceOpenToAllAndStays) {
   EXPECT_EQ(first.st_size, 64);
   EXPECT_EQ(first.st_mode & 07777, 0777u);
   EXPECT_EQ(first.st_ino, second.st_ino);
-  const std::string rest(248 - _name.View().size(), 'n');  // the name of the file has 255 bytes
-  TAMutex longest(_name + VorString(rest));
-  EXPECT_TRUE(Works(longest));
-  std::filesystem::remove(_path + rest);
 }
 
 // Processes that make the mutex at the same moment, and then count together.
-TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
-  volatile int* const count = SharedInt();
-  volatile int* const ready = SharedInt();
+TEST_F(TAMutexFile, ExcludesOtherProcessesFromItsCreationOn) {
+  volatile int* const ready = static_cast<volatile int*>(
+      mmap(nullptr, 2 * sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  volatile int* const count = ready + 1;
   std::vector<pid_t> children;
   for (int i = 0; i < 4; ++i) {
     children.push_back(fork());
@@ -79,18 +70,12 @@ TEST_F(TAMutexFile, ExcludesOtherProcessesFromTheFirstMomentOn) {
     EXPECT_EQ(status, 0);
   }
   EXPECT_EQ(*count, 20000);
-  for (const auto& entry : std::filesystem::directory_iterator("/tmp")) {
-    for (const pid_t child : children) {
-      const std::string temporary = "/tmp/.TAMutex" + std::to_string(child) + ".";
-      EXPECT_FALSE(entry.path().native().starts_with(temporary)) << entry;
-    }
-  }
 }
 
 TEST_F(TAMutexFile, SurvivesAnOwnerThatDies) {
   EXPECT_EQ(InProcess([this] {
-              TAMutex mutex(_name);
-              return mutex.Lock(), raise(SIGKILL);
+              TAMutex(_name).Lock();
+              return raise(SIGKILL);
             }),
             -1);
   TAMutex mutex(_name);
@@ -119,23 +104,23 @@ TEST_F(TAMutexFile, SurvivesAnObjectThatIsDestroyedWhileLocked) {
   EXPECT_TRUE(Works(mutex));
 }
 
-TEST_F(TAMutexFile, SaysThatItCouldNotBeMapped) {
+TEST_F(TAMutexFile, PrintsThatItCouldNotBeMapped) {
   std::ofstream(_path) << "short";  // touching it beyond its end would be fatal
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   TAMutex tooShort(_name);
-  EXPECT_EQ(tooShort.Lock() + tooShort.Unlock(), -2);
+  EXPECT_EQ(tooShort.Lock(), -1);
+  EXPECT_EQ(tooShort.Unlock(), -1);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "TAMutex init failed : mmap error\nmutex not initialized.\nmutex not initialized.\n");
-  testing::internal::CaptureStdout();  // the rest says the same again
-  EXPECT_EQ(TAMutex("/no/such/folder").CreateSharedMemory(), -1);
+  testing::internal::CaptureStdout();  // the rest prints the same again
+  EXPECT_EQ(TAMutex("/no/such/directory").CreateSharedMemory(), -1);
   std::filesystem::remove(_path);
   std::filesystem::create_symlink(_path + "nowhere", _path);  // a planted link
   EXPECT_EQ(TAMutex(_name).CreateSharedMemory(), -1);
   testing::internal::GetCapturedStdout();
-  const std::string errors = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(
-      errors.starts_with("TAMutex::TAMutex()@mmap: Invalid argument\nTAMutex shared memory "
-                         "creation : mmap failed: "))
-      << errors;
+  EXPECT_EQ(
+      testing::internal::GetCapturedStderr().find("TAMutex::TAMutex()@mmap: Invalid argument\n"
+                                                  "TAMutex shared memory creation : mmap failed: "),
+      0u);
 }
