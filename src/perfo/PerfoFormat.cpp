@@ -5,7 +5,7 @@
 #include <utility>
 
 VorString countToStr(int n) noexcept {
-  // Logs show the third step as T; their readers rely on it.
+  // The third step is T, not G; readers of logs rely on it.
   constexpr std::array<const char*, 4> kSuffixes = {"", "k", "M", "T"};
   std::size_t unit = 0;
   int rest = 0;

@@ -4,34 +4,33 @@
 #include <mutex>
 #include <ostream>
 
-#include "base/ListSearch.h"
-#include "base/NamedLists.h"
+#include "base/ForkSafeLock.h"
+#include "base/NeverDestroyed.h"
+#include "base/PointerRemoval.h"
+#include "base/ScopedLock.h"
 #include "base/VorListValVorString.h"
 #include "perfo/PerfoFormat.h"
-#include "thread/LockHolder.h"
 
 namespace {
 
-struct Registry {
-  std::recursive_mutex mutex;  // a report may make counters itself
-  VorListPtrTAPerfo counters;
-};
+// Guards TAPerfo::globalList.  No thread holds it while a report is made or written: a report is
+// the tool's code and may take locks of its own, and the stream may be a pipe that is full.
+constinit vor::ForkSafeMutex listMutex(vor::ForkStage::kRegistry);
+const vor::ForkRegistration listMutexRegistration(listMutex);
 
-// Never destroyed, so that static counters may come and go in any order.
-Registry& TheRegistry() {
-  static Registry* const registry = new Registry;
-  return *registry;
-}
+// Static counters may come and go in any order.
+constinit vor::NeverDestroyed<VorListPtrTAPerfo> allCounters;
 
 template <typename Use>
 void ForEachFromLast(Use use) {
-  Registry& registry = TheRegistry();
-  const std::lock_guard guard(registry.mutex);
-  VorListPtrTAPerfo& counters = registry.counters;
+  std::unique_lock guard(listMutex);
+  VorListPtrTAPerfo& counters = TAPerfo::globalList;
   for (int i = counters.Size(); i > 0; --i) {
     TAPerfo* const counter = counters[i];
+    guard.unlock();
     use(*counter);
-    // A report may have destroyed others, which moves this one towards the front.
+    guard.lock();
+    // If others were destroyed meanwhile, this one has moved towards the front.
     i = std::min(i, counters.Size());
     while (i > 0 && counters[i] != counter) --i;
   }
@@ -39,33 +38,30 @@ void ForEachFromLast(Use use) {
 
 }  // namespace
 
+constinit VorListPtrTAPerfo& TAPerfo::globalList = allCounters.object;
+
 TAPerfo::TAPerfo() : TAPerfo("no-name") {}
 
 TAPerfo::TAPerfo(const VorString& name) : _name(name) {
   TAPerfo::Reset();
-  Registry& registry = TheRegistry();
-  const std::lock_guard guard(registry.mutex);
-  registry.counters.Append(this);
+  const std::lock_guard guard(listMutex);
+  globalList.Append(this);
 }
 
 TAPerfo::~TAPerfo() {
-  Registry& registry = TheRegistry();
-  const std::lock_guard guard(registry.mutex);
-  vor::RemoveFromList(registry.counters, this);
+  const std::lock_guard guard(listMutex);
+  vor::RemoveFromList(globalList, this);
 }
 
 void TAPerfo::SetName(const VorString& name) {
-  const vor::LockHolder holder(_lock);
   _name = name;
 }
 
 VorString TAPerfo::GetName() const {
-  const vor::LockHolder holder(_lock);
   return _name;
 }
 
 void TAPerfo::Reset() {
-  const vor::LockHolder holder(_lock);
   ClearCount();
   _start = time(nullptr);
 }
@@ -79,15 +75,15 @@ VorString TAPerfo::TotalInTime(time_t now) const noexcept {
 }
 
 void TAPerfo::Report(VorString& line) {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   line = _name + " " + TotalInTime(time(nullptr));
 }
 
 void TAPerfo::Report(std::ostream& out) {
   VorString line;
   Report(line);
-  const vor::LockHolder holder(_lock);  // lines from several threads stay whole
-  out << line << '\n';
+  // Without the lock, since the stream may block.  One write keeps lines of several threads whole.
+  out << line + "\n";
 }
 
 void TAPerfo::GlobalReport(VorListValVorString& lines) noexcept {

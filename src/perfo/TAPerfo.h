@@ -6,22 +6,29 @@
 #include <atomic>
 #include <iosfwd>
 
-#include "base/Export.h"
-#include "base/VorString.h"
-#include "thread/TAThreadLock.h"
+#include "../base/Export.h"
+#include "../base/VorListPtr.h"
+#include "../base/VorString.h"
+#include "../thread/TAThreadLock.h"
 
+class VorListPtrTAPerfo;
 class VorListValVorString;
 
-/// Counts a quantity, such as bytes or requests, from a starting time on, and reports it as one
+/// Counts a quantity, such as bytes or requests, from a starting time on, and reports it in one
 /// line: name, count and time, as in "requests 1.5k in 2m".
 ///
-/// Every counter is in a list of the process, so that a tool can report all of them at once.
+/// A list of the process contains every counter, so that a tool can report all of them at once.
 ///
-/// Ownership: the list does not own the counters; a counter that is destroyed leaves it.
-/// Errors:    none; a count that an int cannot tell wraps round.
-/// Threads:   Count and Report may be called from any thread.  Counters may be made and destroyed
-///            in any thread, but none may be destroyed while another thread reports all of them.
-///            The report of one may make and destroy others.  A counter may be a static object.
+/// Ownership: the list does not own the counters.  A counter that is destroyed leaves the list.
+/// Errors:    none; a count outside the range of int wraps round.
+/// Threads:   Count, Reset and Report may be called from any thread; a Report during a Reset may
+///            combine the old count with the new time.  The names have no lock: call SetName only
+///            while no other thread uses the counter.  Any thread may create and destroy counters,
+///            but must not destroy one while another thread is in GlobalReport.  The report of one
+///            counter may create and destroy others.  A counter may be a static object.  A child
+///            made by fork may use all counters, except one that another thread was reporting or,
+///            if it is of a derived class, counting with at the moment of the fork: the lock of
+///            that counter stays locked.
 class VOR_API TAPerfo {
  public:
   /// A counter with the name "no-name".
@@ -30,26 +37,33 @@ class VOR_API TAPerfo {
   TAPerfo(const TAPerfo&) = delete;
   TAPerfo& operator=(const TAPerfo&) = delete;
 
+  /// Neither takes a lock, so an override of the operations below may call them while it holds the
+  /// counter's lock.
   void SetName(const VorString& name);
   VorString GetName() const;
 
-  /// Counts from zero and from now on.
+  /// Sets the count to zero and the starting time to now.  Takes no lock.
   virtual void Reset();
   /// Adds \a n, which may be negative.  Takes no lock.
   virtual void Count(int n);
-  /// Puts the report, without a line end, in the place of \a line.
+  /// Replaces \a line by the report, which has no newline.
   virtual void Report(VorString& line);
-  /// Writes the same line, with a line end, under the lock of the counter: \a out must not count
-  /// with it.
+  /// Writes the same line and a newline to \a out, in one write and without the counter's lock, so
+  /// other threads go on counting while \a out blocks.  Several threads may write to one stream
+  /// only if the stream allows it, as std::cout and std::cerr do; each line then stays whole.
   virtual void Report(std::ostream& out);
 
-  /// Appends the reports of all counters of the process, the one made last first.
+  /// Appends the reports of all counters of the process, the newest counter first.
   static void GlobalReport(VorListValVorString& lines) noexcept;
-  /// Writes them to \a out.
+  /// Writes the same reports to \a out.
   static void GlobalReport(std::ostream& out);
 
   /// Leaves the list of the process.
   virtual ~TAPerfo();
+
+  /// Every counter of the process, in the order of construction.  Only the counters change it,
+  /// under a lock of the library; read it only while no other thread creates or destroys counters.
+  static VorListPtrTAPerfo& globalList;
 
  protected:
   /// The count so far.
@@ -57,15 +71,21 @@ class VOR_API TAPerfo {
   /// Adds to the count.
   void Add(int n) { _count.fetch_add(static_cast<unsigned>(n), std::memory_order_relaxed); }
   void ClearCount() { _count.store(0, std::memory_order_relaxed); }
-  /// What all reports end with: the count, and the time since the start.
+  /// The end of every report: the count and the time since the start.
   VorString TotalInTime(time_t now) const noexcept;
 
   VorString _name;
-  time_t _start = 0;  // seconds since the epoch
-  mutable TAThreadLock _lock;
+  std::atomic<time_t> _start{0};  // seconds since the epoch
+  mutable TAThreadLock _lock;     // held while Report formats; derived classes also count with it
 
  private:
   std::atomic<unsigned> _count{0};
+};
+
+/// A list of pointers, which it does not own.
+class VOR_API VorListPtrTAPerfo : public VorListPtr<TAPerfo> {
+ public:
+  using VorListPtr::VorListPtr;
 };
 
 #endif  // VOR_PERFO_TAPERFO_H

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/ScopedLock.h"
 #include "perfo/PerfoFormat.h"
-#include "thread/LockHolder.h"
 
 TAPerfoAv::TAPerfoAv() = default;
 
@@ -16,26 +16,27 @@ TAPerfoAv::~TAPerfoAv() = default;
 
 void TAPerfoAv::SetLength(int length) {
   {
-    const vor::LockHolder holder(_lock);
+    const vor::ScopedLock holder(_lock);
     _length = std::max(length, 1);
   }
   Reset();
 }
 
 void TAPerfoAv::Reset() {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   _start = time(nullptr);
 }
 
 void TAPerfoAv::Count(int n) {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   Add(n);
 }
 
 void TAPerfoAv::Report(VorString& line) {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   const time_t now = time(nullptr);
   const long long weighted = static_cast<long long>(Total()) * _length;
-  const int rate = _start < now ? static_cast<int>(weighted / (now - _start)) : 0;
+  const time_t elapsed = now - _start;
+  const int rate = elapsed > 0 ? static_cast<int>(weighted / elapsed) : 0;
   line = _name + " " + countToStr(rate) + " per " + lengthToStr(_length) + ", " + TotalInTime(now);
 }

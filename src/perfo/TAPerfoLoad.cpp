@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/ScopedLock.h"
 #include "perfo/PerfoFormat.h"
-#include "thread/LockHolder.h"
 
 TAPerfoLoad::TAPerfoLoad() {
   TAPerfoLoad::Reset();
@@ -22,23 +22,24 @@ TAPerfoLoad::~TAPerfoLoad() = default;
 
 void TAPerfoLoad::SetLength(int length) {
   {
-    const vor::LockHolder holder(_lock);
+    const vor::ScopedLock holder(_lock);
     _length = std::max(length, 1);
   }
   Reset();
 }
 
 void TAPerfoLoad::Reset() {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   ClearCount();
   _current = 0;
-  _start = time(nullptr);
-  _slotStart = static_cast<long long>(_start) * kSlots;
+  const time_t now = time(nullptr);
+  _start = now;
+  _slotStart = static_cast<long long>(now) * kSlots;
   std::fill(std::begin(_slots), std::end(_slots), 0u);
 }
 
 void TAPerfoLoad::Count(int n) {
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   Add(n);
   AdvanceTo(time(nullptr));
   _slots[_current] += static_cast<unsigned>(n);
@@ -49,8 +50,8 @@ void TAPerfoLoad::AdvanceTo(time_t now) {
   constexpr int kRing = kSlots + 1;
   const long long elapsed = static_cast<long long>(now) * kSlots - _slotStart;
   long long passed = elapsed > 0 ? elapsed / _length : 0;
-  // After a long silence the ring catches up with the time in rounds of 21 to 41 slots, one a call;
-  // readings right after it are as low as they have always been.
+  // After a long silence each call passes 21 to 41 slots until the ring has caught up with the
+  // time.  Reports right after a silence are therefore too low; callers rely on it.
   if (passed > kRing) passed = passed % kRing + kRing;
   for (; passed > 0; --passed) {
     _current = (_current + 1) % kRing;
@@ -61,7 +62,7 @@ void TAPerfoLoad::AdvanceTo(time_t now) {
 
 void TAPerfoLoad::Report(VorString& line) {
   TAPerfoLoad::Count(0);  // before the lock is taken, which is not recursive
-  const vor::LockHolder holder(_lock);
+  const vor::ScopedLock holder(_lock);
   unsigned sum = 0;
   for (int i = 0; i <= kSlots; ++i) sum += i == _current ? 0 : _slots[i];
   line = _name + " " + countToStr(static_cast<int>(sum)) + " in last " + lengthToStr(_length) +

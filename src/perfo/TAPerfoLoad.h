@@ -1,20 +1,20 @@
 #ifndef VOR_PERFO_TAPERFOLOAD_H
 #define VOR_PERFO_TAPERFOLOAD_H
 
-#include "base/Export.h"
-#include "perfo/TAPerfo.h"
+#include "../base/Export.h"
+#include "TAPerfo.h"
 
-/// A counter that also tells how much was counted within the last seconds, as in "bytes 12k in last
-/// 1m, 3.5M in 2h".
+/// A counter that also reports how much was counted in a recent window of time, as in "bytes 12k in
+/// last 1m, 3.5M in 2h".
 ///
-/// The window is divided into 20 slots, and there is one more that is being filled.  That one is
-/// left out of the report, so what was counted just now shows a slot later.
+/// The window is divided into 20 slots; one more slot is being filled.  The report excludes that
+/// one, so a recent count appears in it one slot later.
 class VOR_API TAPerfoLoad : public TAPerfo {
  public:
   /// A window of 60 seconds.
   TAPerfoLoad();
   explicit TAPerfoLoad(const VorString& name);
-  /// A window of \a length seconds; less than 1 is 1.
+  /// A window of \a length seconds; a length below 1 counts as 1.
   TAPerfoLoad(const VorString& name, int length);
 
   /// Sets the window and resets the counter.
