@@ -1,5 +1,5 @@
-// Saving a tree of 100,000 attributes, against writing lines that are made already: by write(2),
-// and through a flushed stream.  All leave the same files behind.
+// Saving a tree of 100,000 attributes, compared with writing prepared lines: by write(2), and
+// through a flushed stream.  All write the same files.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -20,16 +20,16 @@ namespace {
 constexpr int kObjects = 100;
 constexpr int kAttributes = 1000;  // of each object
 
-class Folder {
+class Directory {
  public:
-  Folder() {
+  Directory() {
     std::string pattern = std::filesystem::temp_directory_path() / "vor_bench_XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) abort();
     _path = pattern;
   }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() {
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
+  ~Directory() {
     std::error_code ignored;
     std::filesystem::remove_all(_path, ignored);
   }
@@ -72,17 +72,17 @@ std::string ContentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The lines of a save by file.  The peers write one file behind the other, which is easier than the
+// The lines of a save by file.  The peers write one file after the other, which is easier than the
 // order of a save.
 using Lines = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 Lines LinesOf(TAPObject& root) {
-  const Folder folder;
-  root.SaveToFile(TAFileName(folder.Path().c_str()));
+  const Directory directory;
+  root.SaveToFile(TAFileName(directory.Path().c_str()));
   Lines lines;
   for (const char* name : kFiles) {
     lines.emplace_back(name, std::vector<std::string>());
-    std::ifstream file(folder.Path() + "/" + name);
+    std::ifstream file(directory.Path() + "/" + name);
     for (std::string line; std::getline(file, line);) lines.back().second.push_back(line + "\n");
   }
   return lines;
@@ -99,28 +99,28 @@ const Sample& TheSample() {
   return sample;
 }
 
-// What was written last must be what was to be written.
-void Check(benchmark::State& state, const Folder& folder) {
+// Checks the files of the last run.
+void Check(benchmark::State& state, const Directory& directory) {
   for (const auto& [name, lines] : TheSample().lines) {
     std::string expected;
     for (const std::string& line : lines) expected += line;
-    if (ContentOf(folder.Path() + "/" + name) != expected) state.SkipWithError("files differ");
+    if (ContentOf(directory.Path() + "/" + name) != expected) state.SkipWithError("files differ");
   }
 }
 
 void Ours(benchmark::State& state) {
   const Sample& sample = TheSample();
-  const Folder folder;
-  for (auto _ : state) sample.root->SaveToFile(TAFileName(folder.Path().c_str()));
-  Check(state, folder);
+  const Directory directory;
+  for (auto _ : state) sample.root->SaveToFile(TAFileName(directory.Path().c_str()));
+  Check(state, directory);
 }
 
 void PlainWrite(benchmark::State& state) {
   const Sample& sample = TheSample();
-  const Folder folder;
+  const Directory directory;
   for (auto _ : state) {
     for (const auto& [name, lines] : sample.lines) {
-      const int fd = open((folder.Path() + "/" + name).c_str(),
+      const int fd = open((directory.Path() + "/" + name).c_str(),
                           O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
       for (const std::string& line : lines) {
         benchmark::DoNotOptimize(write(fd, line.data(), line.size()));
@@ -128,19 +128,19 @@ void PlainWrite(benchmark::State& state) {
       close(fd);
     }
   }
-  Check(state, folder);
+  Check(state, directory);
 }
 
 void FlushedStream(benchmark::State& state) {
   const Sample& sample = TheSample();
-  const Folder folder;
+  const Directory directory;
   for (auto _ : state) {
     for (const auto& [name, lines] : sample.lines) {
-      std::ofstream file(folder.Path() + "/" + name);
+      std::ofstream file(directory.Path() + "/" + name);
       for (const std::string& line : lines) file << line << std::flush;
     }
   }
-  Check(state, folder);
+  Check(state, directory);
 }
 
 // Real time: most of it is spent in the system.

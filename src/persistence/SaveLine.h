@@ -9,7 +9,7 @@
 
 namespace vor {
 
-/// One line of a saved file, put together in memory so that it reaches the file by one write.
+/// One line of a saved file, built in memory so that one write sends it to the file.
 class SaveLine {
  public:
   explicit SaveLine(int uid) {
@@ -30,7 +30,7 @@ class SaveLine {
     return *this;
   }
 
-  /// Ends the line and hands it to the system.  Errors stay in the state of \a file.
+  /// Ends the line and writes it to the system.  Errors stay in the state of \a file.
   void WriteTo(std::fstream& file) {
     _text += '\n';
     file.write(_text.data(), static_cast<std::streamsize>(_text.size())).flush();

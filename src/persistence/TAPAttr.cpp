@@ -1,13 +1,12 @@
 #include "persistence/TAPAttr.h"
 
-#include <stdlib.h>
 #include <string.h>
 
-#include <cstdint>
+#include <memory>
 #include <utility>
+#include <vector>
 
 #include "foundation/Tracing.h"
-#include "persistence/Held.h"
 #include "persistence/SaveLine.h"
 #include "persistence/TAPObject.h"
 #include "persistence/TAPObjectSaveContext.h"
@@ -15,25 +14,18 @@
 
 namespace {
 
-char* CopyText(const char* text) {
-  char* const copy = strdup(text == nullptr ? "" : text);
-  FATAL(copy == nullptr, "TAPAttr : out of memory");
-  return copy;
-}
+// How many nested objects and lists are released recursively.
+constexpr int kDeepestRelease = 64;
 
-// The order of texts depends on the very number that strcmp of the C library returns.  A compiler
-// may replace a call by code that returns another number of the same sign; it cannot replace this
-// one, which it does not see through.
+// The order of texts depends on the exact number that strcmp of the C library returns.  A compiler
+// may replace a direct call by code that returns another number of the same sign.  It cannot
+// replace this call.
 int (*const volatile compareTexts)(const char*, const char*) = strcmp;
-
-std::uintptr_t AddressOf(const void* pointer) {
-  return reinterpret_cast<std::uintptr_t>(pointer);
-}
 
 void SavePath(const TAPPath* path, int uid, TAPObjectSaveContext& context) {
   vor::SaveLine line(uid);
   for (int i = 1; path != nullptr && i <= path->Size(); ++i) {
-    const vor::Held<TAPName> name((*path)[i]);
+    const auto name = vor::Reference<TAPName>::Adopt((*path)[i]);
     line << name->GetName() << ";";
   }
   line.WriteTo(*context.GetStream("AttrPath"));
@@ -47,7 +39,7 @@ void SaveObject(TAPObject* object, int uid, TAPObjectSaveContext& context) {
 }
 
 void SaveList(const VorListValTAPAttr& list, int uid, TAPObjectSaveContext& context) {
-  std::fstream& file = *context.GetStream("AttrList");  // made for an empty list too
+  std::fstream& file = *context.GetStream("AttrList");  // opened even for an empty list
   for (int i = 1; i <= list.Size(); ++i) {
     const int elementUid = context.GetNewUID();
     (vor::SaveLine(uid) << i << ":" << elementUid).WriteTo(file);
@@ -57,208 +49,219 @@ void SaveList(const VorListValTAPAttr& list, int uid, TAPObjectSaveContext& cont
 
 }  // namespace
 
-constinit const TAPAttr TAPAttr::Null;
+struct TAPAttr::Nothing {};
+
+constexpr TAPAttr::TAPAttr(Nothing) noexcept {}
+
+constinit const TAPAttr TAPAttr::Null{Nothing{}};
+
+TAPAttr::TAPAttr() noexcept = default;
 
 TAPAttr::TAPAttr(const TAFileName& name) noexcept
-    : _value{.name = new TAFileName(name)}, _type(FileNameType) {}
+    : _value(vor::Owned(std::make_unique<TAFileName>(name))) {}
 
-TAPAttr::TAPAttr(const char* text) noexcept : _value{.text = CopyText(text)}, _type(StringType) {}
+TAPAttr::TAPAttr(const char* text) noexcept
+    : _value(vor::Owned(std::make_unique<VorString>(text))) {}
 
 TAPAttr::TAPAttr(const VorString& text) noexcept : TAPAttr(text.CastToCharPtr()) {}
 
-TAPAttr::TAPAttr(int number) noexcept : _value{.number = number}, _type(IntegerType) {}
+TAPAttr::TAPAttr(int number) noexcept : _value(number) {}
 
 TAPAttr::TAPAttr(const VorListValTAPAttr& list) noexcept
-    : _value{.list = new VorListValTAPAttr(list)}, _type(ListType) {}
+    : _value(vor::Owned(std::make_unique<VorListValTAPAttr>(list))) {}
 
-TAPAttr::TAPAttr(TAPObject* object) noexcept
-    : _value{.object = vor::AddRefTo(object)}, _type(ObjectType) {}
+TAPAttr::TAPAttr(TAPObject* object) noexcept : _value(vor::Reference<TAPObject>::To(object)) {}
 
-TAPAttr::TAPAttr(TAPPath* path) noexcept : _value{.path = vor::AddRefTo(path)}, _type(PathType) {}
+TAPAttr::TAPAttr(TAPPath* path) noexcept : _value(vor::Reference<TAPPath>::To(path)) {}
 
-TAPAttr::TAPAttr(const TAPAttr& other) noexcept : _value(CopyOf(other)), _type(other._type) {}
+TAPAttr::TAPAttr(const TAPAttr& other) noexcept = default;
 
 TAPAttr::TAPAttr(TAPAttr&& other) noexcept
-    : _value(other._value), _type(std::exchange(other._type, NullType)) {}
+    : _value(std::exchange(other._value, std::monostate())) {}
 
 TAPAttr& TAPAttr::operator=(const TAPAttr& other) noexcept {
   return *this = TAPAttr(other);
 }
 
 TAPAttr& TAPAttr::operator=(TAPAttr&& other) noexcept {
-  TAPAttr taken(std::move(other));  // before the old value goes, of which it may be a part
+  TAPAttr taken(std::move(other));  // other may be a part of the old value, which is destroyed
   std::swap(_value, taken._value);
-  std::swap(_type, taken._type);
   return *this;
 }
 
 TAPAttr::~TAPAttr() {
-  switch (_type) {
-    case StringType:
-      free(_value.text);
-      break;
-    case FileNameType:
-      delete _value.name;
-      break;
-    case ObjectType:
-      vor::ReleaseRefOn(_value.object);
-      break;
-    case ListType:
-      delete _value.list;
-      break;
-    case PathType:
-      vor::ReleaseRefOn(_value.path);
-      break;
-    default:
-      break;
-  }
+  if (IsType(ObjectType) != 0 || IsType(ListType) != 0) ReleaseNested();
 }
 
-TAPAttr::Value TAPAttr::CopyOf(const TAPAttr& other) noexcept {
-  switch (other._type) {
-    case StringType:
-      return {.text = CopyText(other._value.text)};
-    case FileNameType:
-      return {.name = new TAFileName(*other._value.name)};
-    case ObjectType:
-      return {.object = vor::AddRefTo(other._value.object)};
-    case ListType:
-      return {.list = new VorListValTAPAttr(*other._value.list)};
-    case PathType:
-      return {.path = vor::AddRefTo(other._value.path)};
-    default:
-      return other._value;
+// An object or a list may hold others to any depth.  Those that are too deep for recursion are
+// queued and released after the outermost one.
+void TAPAttr::ReleaseNested() {
+  thread_local constinit int depth = 0;
+  thread_local constinit std::vector<Value>* waiting = nullptr;
+  if (depth == kDeepestRelease) {
+    waiting->push_back(std::exchange(_value, std::monostate()));
+    return;
   }
+  std::vector<Value> own;
+  if (depth == 0) waiting = &own;
+  ++depth;
+  _value = std::monostate();
+  while (!own.empty()) {
+    const Value next = std::move(own.back());
+    own.pop_back();
+  }
+  --depth;
 }
 
 void TAPAttr::Require(Type code, const char* message) const {
-  FATAL(_type != code, message);
+  FATAL(IsType(code) == 0, message);
 }
 
 int TAPAttr::GetInteger() const {
   Require(IntegerType, "TAPAttr::GetInteger : bad type for get");
-  return _value.number;
+  return std::get<IntegerType>(_value);
 }
 
 int TAPAttr::GetInteger(int otherwise) const {
-  return _type == IntegerType ? _value.number : otherwise;
+  return IsType(IntegerType) != 0 ? std::get<IntegerType>(_value) : otherwise;
 }
 
 VorString TAPAttr::GetString() const {
   Require(StringType, "TAPAttr::GetString : bad type for get");
-  return _value.text;
+  return *std::get<StringType>(_value);
 }
 
 VorString TAPAttr::GetString(const char* otherwise) const {
-  return _type == StringType ? _value.text : otherwise;
+  return IsType(StringType) != 0 ? *std::get<StringType>(_value) : VorString(otherwise);
 }
 
 TAFileName TAPAttr::GetFileName() const {
   Require(FileNameType, "TAPAttr::GetFileName : bad type for get");
-  return *_value.name;
+  return *std::get<FileNameType>(_value);
 }
 
 TAFileName TAPAttr::GetFileName(TAFileName otherwise) const {
-  return _type == FileNameType ? *_value.name : otherwise;
+  return IsType(FileNameType) != 0 ? *std::get<FileNameType>(_value) : otherwise;
 }
 
 TAPObject* TAPAttr::GetObject() const {
   Require(ObjectType, "TAPAttr::GetObject : bad type for get");
-  return vor::AddRefTo(_value.object);
+  return GetObject(nullptr);
 }
 
 TAPObject* TAPAttr::GetObject(TAPObject* otherwise) const {
-  return vor::AddRefTo(_type == ObjectType ? _value.object : otherwise);
+  const bool isObject = IsType(ObjectType) != 0;
+  TAPObject* const object = isObject ? std::get<ObjectType>(_value).Get() : otherwise;
+  return vor::Reference<TAPObject>::To(object).Leave();
 }
 
 TAPPath* TAPAttr::GetPath() const {
   Require(PathType, "TAPAttr::GetPath : bad type for get");
-  return vor::AddRefTo(_value.path);
+  return GetPath(nullptr);
 }
 
 TAPPath* TAPAttr::GetPath(TAPPath* otherwise) const {
-  return vor::AddRefTo(_type == PathType ? _value.path : otherwise);
+  TAPPath* const path = IsType(PathType) != 0 ? std::get<PathType>(_value).Get() : otherwise;
+  return vor::Reference<TAPPath>::To(path).Leave();
 }
 
 VorListValTAPAttr& TAPAttr::GetList() {
   Require(ListType, "TAPAttr::GetList : bad type for get");
-  return *_value.list;
+  return *std::get<ListType>(_value);
 }
 
 VorListValTAPAttr& TAPAttr::GetList(VorListValTAPAttr& otherwise) {
-  return _type == ListType ? *_value.list : otherwise;
+  return IsType(ListType) != 0 ? *std::get<ListType>(_value) : otherwise;
+}
+
+int TAPAttr::Add(const TAPAttr& value) {
+  switch (_value.index()) {
+    case ListType:
+      std::get<ListType>(_value)->Append(value);
+      return 0;
+    case StringType:
+      *std::get<StringType>(_value) += value.GetString();
+      return 0;
+    case IntegerType:
+      _value = static_cast<int>(static_cast<unsigned>(GetInteger()) +
+                                static_cast<unsigned>(value.GetInteger()));
+      return 0;
+    default:
+      return 1;
+  }
+}
+
+const char* TAPAttr::Text() const {
+  return IsType(StringType) != 0 ? std::get<StringType>(_value)->CastToCharPtr()
+                                 : static_cast<const char*>(*std::get<FileNameType>(_value));
+}
+
+std::uintptr_t TAPAttr::Address() const {
+  return IsType(ObjectType) != 0
+             ? reinterpret_cast<std::uintptr_t>(std::get<ObjectType>(_value).Get())
+             : reinterpret_cast<std::uintptr_t>(std::get<PathType>(_value).Get());
 }
 
 bool TAPAttr::operator!=(const TAPAttr& other) const {
-  if (_type != other._type) return true;
-  switch (_type) {
+  if (_value.index() != other._value.index()) return true;
+  switch (_value.index()) {
     case StringType:
-      return strcmp(_value.text, other._value.text) != 0;
     case FileNameType:
-      return strcmp(*_value.name, *other._value.name) != 0;
+      return strcmp(Text(), other.Text()) != 0;
     case ObjectType:
-      return _value.object != other._value.object;
-    case ListType:
-      return _value.list->Size() != other._value.list->Size();
-    case IntegerType:
-      return _value.number != other._value.number;
     case PathType:
-      return _value.path != other._value.path;
+      return Address() != other.Address();
+    case ListType:
+      return std::get<ListType>(_value)->Size() != std::get<ListType>(other._value)->Size();
+    case IntegerType:
+      return std::get<IntegerType>(_value) != std::get<IntegerType>(other._value);
     default:
       return false;
   }
 }
 
 bool TAPAttr::operator<(const TAPAttr& other) const {
-  if (_type != other._type) return _type < other._type;
-  switch (_type) {
+  if (_value.index() != other._value.index()) return _value.index() < other._value.index();
+  switch (_value.index()) {
     case StringType:
-      return compareTexts(_value.text, other._value.text) == -1;
     case FileNameType:
-      return compareTexts(*_value.name, *other._value.name) == -1;
+      return compareTexts(Text(), other.Text()) == -1;
     case ObjectType:
-      return AddressOf(_value.object) < AddressOf(other._value.object);
-    case IntegerType:
-      return _value.number < other._value.number;
     case PathType:
-      return AddressOf(_value.path) < AddressOf(other._value.path);
+      return Address() < other.Address();
+    case IntegerType:
+      return std::get<IntegerType>(_value) < std::get<IntegerType>(other._value);
     default:
       return false;
   }
 }
 
 bool TAPAttr::operator>(const TAPAttr& other) const {
-  if (_type != other._type) return _type > other._type;
-  switch (_type) {
-    case StringType:
-      return compareTexts(_value.text, other._value.text) == 1;
-    case FileNameType:
-      return compareTexts(*_value.name, *other._value.name) == 1;
-    default:
-      return other < *this;  // the mirror
-  }
+  const bool isText = IsType(StringType) != 0 || IsType(FileNameType) != 0;
+  if (!isText || _value.index() != other._value.index()) return other < *this;
+  return compareTexts(Text(), other.Text()) == 1;
 }
 
 VorString TAPAttr::SaveToFile(int uid, TAPObjectSaveContext& context) const noexcept {
-  switch (_type) {
+  switch (_value.index()) {
     case StringType:
-      (vor::SaveLine(uid) << _value.text).WriteTo(*context.GetStream("AttrString"));
+      (vor::SaveLine(uid) << Text()).WriteTo(*context.GetStream("AttrString"));
       return "AttrString";
     case FileNameType:
-      (vor::SaveLine(uid) << static_cast<const char*>(*_value.name))
-          .WriteTo(*context.GetStream("AttrFileName"));
+      (vor::SaveLine(uid) << Text()).WriteTo(*context.GetStream("AttrFileName"));
       return "AttrFileName";
     case ObjectType:
-      SaveObject(_value.object, uid, context);
+      SaveObject(std::get<ObjectType>(_value).Get(), uid, context);
       return "AttrObject";
     case ListType:
-      SaveList(*_value.list, uid, context);
+      SaveList(*std::get<ListType>(_value), uid, context);
       return "AttrList";
     case IntegerType:
-      (vor::SaveLine(uid) << _value.number).WriteTo(*context.GetStream("AttrInteger"));
+      (vor::SaveLine(uid) << std::get<IntegerType>(_value))
+          .WriteTo(*context.GetStream("AttrInteger"));
       return "AttrInteger";
     case PathType:
-      SavePath(_value.path, uid, context);
+      SavePath(std::get<PathType>(_value).Get(), uid, context);
       return "AttrPath";
     default:
       return "Null";

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "foundation/Tracing.h"
-#include "persistence/Held.h"
+#include "persistence/Owners.h"
 #include "persistence/SaveLine.h"
 #include "persistence/TAPObjectSaveContext.h"
 
@@ -15,7 +15,7 @@ const TAPAttr* ValueAt(const TAIndex& attributes, int position) {
   return position < 0 ? nullptr : static_cast<const TAPAttr*>(attributes.values[position]);
 }
 
-// Puts \a value under \a name and gives the value that was there, or null.
+// Stores \a value under \a name and returns the value that it replaces, or null.
 std::unique_ptr<TAPAttr> Store(TAIndex& attributes, const char* name, TAPAttr&& value) {
   auto stored = std::make_unique<TAPAttr>(std::move(value));
   const int position = attributes.IsIn(name);
@@ -28,28 +28,25 @@ std::unique_ptr<TAPAttr> Store(TAIndex& attributes, const char* name, TAPAttr&& 
   return nullptr;
 }
 
-// The path of what stands under \a name in an object with the path \a parent, or with none.
-vor::Held<TAPPath> PathOf(const TAPPath* parent, const char* name) {
-  const vor::Held<TAPName> step(new TAPName(name));
-  return vor::Held<TAPPath>(parent == nullptr ? new TAPPath(step.Get())
-                                              : new TAPPath(parent, step.Get()));
+// The path of the attribute \a name of an object whose path is \a parent, which may be null.
+vor::Reference<TAPPath> PathOf(const TAPPath* parent, const char* name) {
+  const auto step = vor::Reference<TAPName>::Adopt(new TAPName(name));
+  return vor::Reference<TAPPath>::Adopt(parent == nullptr ? new TAPPath(step.Get())
+                                                          : new TAPPath(parent, step.Get()));
 }
 
 }  // namespace
 
 TAPObject::~TAPObject() {
   for (int i = 0; i < _attributes.count; ++i) delete ValueAt(_attributes, i);
-  vor::ReleaseRefOn(_path);
 }
 
 void TAPObject::SetPath(TAPPath* path) {
-  // The new reference first: the old one may be the only other one on the same path.
-  vor::AddRefTo(path);
-  vor::ReleaseRefOn(std::exchange(_path, path));
+  _path = vor::Reference<TAPPath>::To(path);
 }
 
 TAPPath* TAPObject::GetPath() const {
-  return vor::AddRefTo(_path);
+  return vor::Reference<TAPPath>(_path).Leave();
 }
 
 const TAPAttr* TAPObject::Find(const char* name) const {
@@ -73,10 +70,10 @@ int TAPObject::RemoveAttribute(const char* name) {
 
 void TAPObject::SetAttribute(const char* name, TAPAttr value) noexcept {
   if (name == nullptr) return;
-  const vor::Held<TAPObject> child(value.GetObject(nullptr));
-  // Kept until the name is used, which may belong to it.
+  const auto child = vor::Reference<TAPObject>::Adopt(value.GetObject(nullptr));
+  // The old value is kept until after the last use of the name, which may belong to it.
   const std::unique_ptr<const TAPAttr> replaced = Store(_attributes, name, std::move(value));
-  if (child.Get() != nullptr) child->SetPath(PathOf(_path, name).Get());
+  if (child.Get() != nullptr) child->SetPath(PathOf(_path.Get(), name).Get());
 }
 
 TAPAttr TAPObject::GetAttribute(const char* name) const {
@@ -87,18 +84,7 @@ TAPAttr TAPObject::GetAttribute(const char* name) const {
 int TAPObject::AppendToAttribute(const char* name, TAPAttr value) noexcept {
   if (name == nullptr) return 1;
   if (HasAttribute(name) == 0) SetAttribute(name, VorListValTAPAttr());
-  TAPAttr& stored = *static_cast<TAPAttr*>(_attributes[name]);
-  if (stored.IsType(TAPAttr::ListType)) {
-    stored.GetList().Append(value);
-  } else if (stored.IsType(TAPAttr::StringType)) {
-    stored = stored.GetString() + value.GetString();
-  } else if (stored.IsType(TAPAttr::IntegerType)) {
-    stored = static_cast<int>(static_cast<unsigned>(stored.GetInteger()) +
-                              static_cast<unsigned>(value.GetInteger()));
-  } else {
-    return 1;
-  }
-  return 0;
+  return static_cast<TAPAttr*>(_attributes[name])->Add(value);
 }
 
 int TAPObject::GetFirstAttributePosition() const {
@@ -122,15 +108,16 @@ TAPAttr TAPObject::GetNextAttribute(int& position, const char*& name) const {
 
 TAPObject* TAPObject::GetObject(TAPPath* path) {
   if (path == nullptr || path->Size() == 0) return nullptr;
-  vor::Held<TAPObject> current(vor::AddRefTo(this));
+  auto current = vor::Reference<TAPObject>::To(this);
   for (int i = 1; i <= path->Size(); ++i) {
-    const vor::Held<TAPName> name((*path)[i]);
+    const auto name = vor::Reference<TAPName>::Adopt((*path)[i]);
     const TAPAttr* const value = current->Find(name->GetName());
-    vor::Held<TAPObject> next(value == nullptr ? nullptr : value->GetObject(nullptr));
+    auto next =
+        vor::Reference<TAPObject>::Adopt(value == nullptr ? nullptr : value->GetObject(nullptr));
     if (next.Get() == nullptr) return nullptr;
     current = std::move(next);
   }
-  current.Leave();  // with the reference of the walk, see the header
+  current.Leave();  // adds the reference of the walk, see the header
   return nullptr;
 }
 
@@ -141,7 +128,7 @@ int TAPObject::SaveToFile(TAFileName directory) const noexcept {
 }
 
 int TAPObject::SaveToFile(int uid, TAPObjectSaveContext& context) const noexcept {
-  std::fstream& file = *context.GetStream("Objects");  // made for an object without attributes too
+  std::fstream& file = *context.GetStream("Objects");  // opened even if there are no attributes
   for (int i = 0; i < _attributes.count; ++i) {
     const int valueUid = context.GetNewUID();
     const TAPAttr* const value = ValueAt(_attributes, i);

@@ -15,8 +15,8 @@ namespace {
 
 constexpr mode_t kDefaultProtection = 0666;  // less the umask
 
-// A stream on an emptied file, failed if it cannot be opened.  Opened by hand, since fstream::open
-// would let children inherit the file.
+// A stream on an emptied file, in a failed state if the file cannot be opened.  Not opened by
+// fstream::open, which would let children inherit the file.
 std::unique_ptr<std::fstream> OpenStream(const char* path) {
   auto stream = std::make_unique<std::fstream>();
   vor::FileDescriptor file =
@@ -24,7 +24,7 @@ std::unique_ptr<std::fstream> OpenStream(const char* path) {
   if (file.IsOpen()) {
     *stream->rdbuf() = __gnu_cxx::stdio_filebuf<char>(file.Release(), std::ios::out);
   }
-  stream->imbue(std::locale::classic());  // bytes go out as they are, whatever the locale
+  stream->imbue(std::locale::classic());  // bytes are written as they are, whatever the locale
   if (!stream->is_open()) stream->setstate(std::ios::failbit);
   return stream;
 }

@@ -3,15 +3,15 @@
 
 #include <iosfwd>
 
-#include "base/Export.h"
-#include "base/VorString.h"
-#include "containers/TAIndex.h"
-#include "filenames/TAFileName.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
+#include "../containers/TAIndex.h"
+#include "../filenames/TAFileName.h"
 
-/// One save of a tree of objects: the identifiers that it gives and the files that it writes.
+/// One save of a tree of objects: the identifiers that it assigns and the files that it writes.
 ///
-/// Each kind of record has a file of lines in one directory.  UID stands for a decimal number, and
-/// a line of one file names a line of another by it:
+/// Each kind of record has a file of lines in one directory.  UID stands for a decimal number, by
+/// which a line refers to a line of another file:
 ///
 /// | file               | one line for each            | line                         |
 /// |--------------------|------------------------------|------------------------------|
@@ -25,17 +25,22 @@
 ///
 /// Nothing is escaped, and readers rely on it: they split a line of "Objects.txt" at its first and
 /// its last two colons, one of "AttrList.txt" at both and any other at its first.  A newline in a
-/// text or name goes out as it is, so what follows it looks like a line.
-/// What a value contains is written before the line of its attribute, so identifiers grow depth
-/// first.  An object that is reached twice is written twice; a save of one that contains
-/// itself runs out of stack.
+/// text or name is written as it is, so the rest of that text looks like a line of its own.
 ///
-/// Every line goes to the system by one write as soon as it is complete.  Each level of the tree
-/// takes a save about 600 bytes of stack.
+/// The content of a value is written before the line of its attribute, so identifiers are assigned
+/// depth first.  An object that is reached twice is written twice.
 ///
-/// Ownership: the streams belong to the context, which closes them at its end.
-/// Errors:    none is reported: what cannot be opened or written is lost.  Running out of memory
-///            ends the process.
+/// Every line is written to the system by one call as soon as it is complete.
+///
+/// A save replaces only the files of the kinds that it writes.  Save into an empty directory: a
+/// file that an earlier save left there would be read as part of the new one.
+///
+/// Ownership: the context owns its streams and closes them when it is destroyed.
+/// Errors:    not reported: lines of files that cannot be opened or written are lost.  Running out
+///            of memory ends the process.
+/// Limits:    each level of objects takes about 600 bytes of stack and each level of lists less, so
+///            8 MB are enough for 10,000 levels.  Saving an object that contains itself, directly
+///            or not, runs out of stack.
 /// Threads:   not synchronised; one thread saves one tree.  Two saves to one directory at a time
 ///            overwrite each other.
 class VOR_API TAPObjectSaveContext {
@@ -48,16 +53,16 @@ class VOR_API TAPObjectSaveContext {
   /// The next identifier: 0, 1, 2 and so on.
   int GetNewUID();
 
-  /// The stream of the file \a name.txt, which the first call for a name makes or empties.  Look at
-  /// its state to see whether it could be opened.  Programs that the process starts do not inherit
-  /// the file.
+  /// The stream of the file \a name.txt.  The first call for a name creates the file or empties it.
+  /// The state of the stream says whether it could be opened.  Programs that the process starts do
+  /// not inherit the file.
   std::fstream* GetStream(VorString name) noexcept;
 
  private:
   int _nextUid = 0;
   const TAFileName _directory;
   TAIndex _streams;   // from path without extension to std::fstream*, owned
-  TAIndex _askedFor;  // the same streams from the names given, which saves making the path
+  TAIndex _askedFor;  // the same streams by name, to build each path only once
 };
 
 #endif  // VOR_PERSISTENCE_TAPOBJECTSAVECONTEXT_H

@@ -1,21 +1,20 @@
 #ifndef VOR_PERSISTENCE_TAPPATH_H
 #define VOR_PERSISTENCE_TAPPATH_H
 
-#include <vector>
+#include "../base/Export.h"
+#include "../containers/TARefCounter.h"
+#include "TAPName.h"
 
-#include "base/Export.h"
-#include "containers/TARefCounter.h"
-#include "persistence/TAPName.h"
-
-/// Where an object stands in a tree: the names of the attributes that lead to it from the root.
+/// The place of an object in a tree: the names of the attributes that lead to it from the root.
 /// A path never changes and has at least one name.
 ///
-/// Positions are 1-based: 1 to Size().
+/// Positions are 1-based: 1 to Size().  A path that is made from another shares its names with it,
+/// so it takes the same small amount of memory whatever its length.
 ///
-/// Ownership: holds one reference on each name; shared as TARefCounter says.
+/// Ownership: holds one reference on each name; shared as TARefCounter describes.
 /// Errors:    a position outside the path ends the process with FATAL; so does running out of
-///            memory.  The pointers given to a constructor are not null.
-/// Threads:   as TARefCounter; the names of a copied or longer path are shared with the shorter.
+///            memory.  The pointers passed to a constructor must not be null.
+/// Threads:   as TARefCounter; a path and those made from it belong to one thread at a time.
 class VOR_API TAPPath : public TARefCounter {
  public:
   /// A path of one name.
@@ -27,13 +26,16 @@ class VOR_API TAPPath : public TARefCounter {
   ~TAPPath() override;
 
   /// The number of names.
-  int Size() const { return static_cast<int>(_names.size()); }
+  int Size() const { return _size; }
 
   /// The name at a 1-based position, with one more reference, which the caller releases.
   TAPName* operator[](int position) const;
 
  private:
-  std::vector<TAPName*> _names;
+  struct Step;
+
+  int _size;
+  Step* _last;  // one reference held
 };
 
 #endif  // VOR_PERSISTENCE_TAPPATH_H

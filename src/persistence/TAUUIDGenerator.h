@@ -2,44 +2,48 @@
 #define VOR_PERSISTENCE_TAUUIDGENERATOR_H
 
 #include <atomic>
+#include <cstdint>
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 /// Makes identifiers that differ between machines, processes and times: 20 printable characters
 /// that stand for 15 bytes, the most significant first:
 ///
-/// | bytes | what                                          |
+/// | bytes | content                                       |
 /// |-------|-----------------------------------------------|
 /// | 4     | seconds since the epoch                       |
 /// | 4     | number of the machine                         |
 /// | 1     | 3                                             |
 /// | 4     | process id                                    |
-/// | 2     | how many the process made before, modulo 2^16 |
+/// | 2     | counter of the process, modulo 2^16           |
 ///
-/// The counter has 16 bits: a process that makes more than 65,536 identifiers within one second
-/// makes some twice.  They can be guessed, so they are no secrets.
+/// A process makes at most 65,536 identifiers within one second of the clock.  A thread that needs
+/// another one sleeps until the next second.  If the clock is set back, identifiers of a second
+/// that is passed twice can repeat.  Identifiers are predictable: do not use them as secrets.
 ///
 /// Generators have no state of their own; all share the counter of the process.
 ///
-/// Errors:    a machine without a number is told on standard output and counts as machine 0.
-/// Threads:   every function may be called from any thread.  A process that was forked makes
-///            identifiers of its own.
+/// Errors:    a machine without a number is reported on standard output and counts as machine 0.
+/// Threads:   every function may be called from any thread.  A forked child makes identifiers of
+///            its own.
 class VOR_API TAUUIDGenerator {
  public:
   TAUUIDGenerator() = default;
   virtual ~TAUUIDGenerator();
 
-  /// A new identifier, NUL-terminated, valid until the thread that asked asks again or ends.
+  /// A new identifier, NUL-terminated.  Valid until the same thread calls Get again.  After that
+  /// thread has ended, valid until any thread calls Get.
   virtual const char* Get();
 
-  /// Finds the number of the machine; Get calls it.  Returns 0, or 1 if that was done before.
+  /// Determines the number of the machine; Get calls it.  Returns 0 the first time, 1 later.
   static int Init();
 
-  /// A number that stays the same from start to start of this machine; 0 after Error() if it has
-  /// none.
+  /// A number of this machine, which is the same after a restart.  In a container it changes when
+  /// the container or its machine is restarted.  If the machine has none, calls Error and returns
+  /// 0.
   static int GetMachineIdent();
   static int GetProcessIdent();
-  /// What the counter of a process starts at: 0.
+  /// The first value of the counter of a process: 0.
   static int FirstCounter();
   /// Seconds since the epoch, the low 32 bits.
   static int GetTime();
@@ -51,13 +55,20 @@ class VOR_API TAUUIDGenerator {
   /// Copies \a n bytes; none if \a n is below 1.
   static void Copy(void* to, const void* from, int n);
 
-  /// Tells on standard output that the machine has no number.
+  /// Reports on standard output that the machine has no number.
   static void Error();
 
  private:
+  // When an identifier was drawn, and the counter at that moment.
+  struct Moment {
+    std::uint32_t second;
+    std::uint16_t count;
+  };
+  static Moment Draw();
+
   static std::atomic<int> machine_ident;
-  static std::atomic<short> counter;  // of the next identifier; wraps
-  static std::atomic<int> init_done;  // 1 once machine_ident is known
+  static std::atomic<std::uint64_t> counter;  // with the second that it belongs to
+  static std::atomic<int> init_done;          // 1 once machine_ident is known
 };
 
 #endif  // VOR_PERSISTENCE_TAUUIDGENERATOR_H

@@ -20,29 +20,20 @@ struct Grouping : std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-// Nothing of it depends on the global locale.
-class Save : public testing::Test {
- protected:
-  ~Save() override { std::locale::global(_before); }
-
- private:
-  const std::locale _before = std::locale::global(std::locale(std::locale(), new Grouping));
-};
-
 Files Saved(const TAPObject& root) {
-  const TempDir folder;
-  EXPECT_EQ(root.SaveToFile(TAFileName(folder.Path().c_str())), 0);
+  const TempDir directory;
+  EXPECT_EQ(root.SaveToFile(TAFileName(directory.Path().c_str())), 0);
   Files files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
-    files[entry.path().filename()] = folder.Read(entry.path().filename().native());
+  for (const auto& entry : std::filesystem::directory_iterator(directory.Path())) {
+    files[entry.path().filename()] = directory.Read(entry.path().filename().native());
   }
   return files;
 }
 
-TEST_F(Save, WritesEachKindOfRecordToItsFile) {
+TEST(Save, WritesEachKindOfRecordToItsFile) {
   TAPName name("x");
   TAPPath path(&name), longer(&path, &name);
-  TAPObject root;  // ends before what it holds
+  TAPObject root;  // destroyed before what it refers to
   EXPECT_EQ(Saved(root), (Files{{"Objects.txt", ""}}));
   root.SetAttribute("a:\n", ":\n:");  // nothing is escaped
   root.SetAttribute("b", TAPAttr());
@@ -64,7 +55,7 @@ TEST_F(Save, WritesEachKindOfRecordToItsFile) {
                     "0:e:AttrPath:5\n0:f:AttrInteger:6\n0:g:AttrPath:7\n0:h:AttrObject:8\n"}}));
 }
 
-TEST_F(Save, NumbersTreesDepthFirstAndWritesTheInsideFirst) {
+TEST(Save, NumbersTreesDepthFirstAndWritesChildrenFirst) {
   TAPObject child, root;
   child.SetAttribute("n", 7);
   root.SetAttribute("a", &child);
@@ -81,25 +72,27 @@ TEST_F(Save, NumbersTreesDepthFirstAndWritesTheInsideFirst) {
                                  "6:n:AttrInteger:7\n0:b:AttrList:4\n"}}));
 }
 
-TEST_F(Save, ReplacesWhatIsThereAndLosesWhatCannotBeOpened) {
-  const TempDir folder;
-  std::filesystem::create_directory(folder / "Objects.txt");  // no file can be there
+TEST(Save, ReplacesExistingFilesAndSkipsThoseItCannotOpen) {
+  const TempDir directory;
+  std::filesystem::create_directory(directory / "Objects.txt");  // no file can be there
   TAPObject root;
   for (const std::string& text : {std::string(100000, 'x'), std::string("y")}) {
     root.SetAttribute("n", text.c_str());
-    EXPECT_EQ(root.SaveToFile(TAFileName(folder.Path().c_str())), 0);
-    EXPECT_EQ(folder.Read("AttrString.txt"), "1:" + text + "\n");
+    EXPECT_EQ(root.SaveToFile(TAFileName(directory.Path().c_str())), 0);
+    EXPECT_EQ(directory.Read("AttrString.txt"), "1:" + text + "\n");
   }
 }
 
-TEST_F(Save, OpensEachStreamOnceAndFlushed) {
-  const TempDir folder;
-  TAPObjectSaveContext context(TAFileName(folder.Path().c_str()));
-  TAPAttr("a").SaveToFile(7, context);
-  EXPECT_EQ(folder.Read("AttrString.txt"), "7:a\n");  // before the context ends
+TEST(Save, OpensEachStreamOnceWhateverTheLocale) {
+  const TempDir directory;
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
+  TAPObjectSaveContext context(TAFileName(directory.Path().c_str()));
+  TAPAttr(1234).SaveToFile(7, context);
+  EXPECT_EQ(directory.Read("AttrInteger.txt"), "7:1234\n");  // before the context is destroyed
   EXPECT_EQ(context.GetStream("./AttrString"), context.GetStream("AttrString"));
   *context.GetStream("AttrInteger") << 1234 << std::flush;
-  EXPECT_EQ(folder.Read("AttrInteger.txt"), "1234");
+  EXPECT_EQ(directory.Read("AttrInteger.txt"), "7:1234\n1234");
+  std::locale::global(before);
 }
 
 }  // namespace
