@@ -13,17 +13,17 @@
 
 namespace {
 
-// Names and log lines as test tools filter them; some are met by each filter below.
+// Names and log lines as test tools filter them.  Each filter below accepts some of them.
 const std::vector<std::string>& Texts() {
   static const std::vector<std::string> texts = [] {
-    const char* const folders[] = {"src/", "tests/unit/", "lib/x86_64-linux-gnu/",
-                                   "project/framework/module/src/"};
+    const char* const directories[] = {"src/", "tests/unit/", "lib/x86_64-linux-gnu/",
+                                       "project/framework/module/src/"};
     const char* const stems[] = {"main", "TestDriver", "string_utilities", "run_20240131", "x"};
     const char* const ends[] = {".cpp", ".h", "_test.cpp", ".so.1.2.3", "Generated.cxx"};
     std::vector<std::string> all;
-    for (const char* folder : folders) {
+    for (const char* directory : directories) {
       for (const char* stem : stems) {
-        for (const char* end : ends) all.push_back(std::string(folder) + stem + end);
+        for (const char* end : ends) all.push_back(std::string(directory) + stem + end);
       }
     }
     for (const char* stem : stems) {
@@ -134,7 +134,7 @@ void OurCompile(benchmark::State& state, const char* pattern) {
   for (auto _ : state) benchmark::DoNotOptimize(filter.SetFilter(text, URE_NoCache));
 }
 
-// What does not accept the same texts is not worth comparing.
+// Checks that both accept the same texts; otherwise the figures are not comparable.
 void CheckThatAllAgree(const Filter& filter) {
   Ours<URE_NoCache> ours(filter.ours);
   Re2 re2(filter.pattern);
@@ -163,7 +163,7 @@ void CheckThatAllAgree(const Filter& filter) {
     add("Match/re2", MatchAll<Re2, std::string>, filter.pattern);
     add("Match/pcre2_jit", MatchAll<Pcre2, std::string>, filter.pattern);
     add("Match/std_regex", MatchAll<StdRegex, std::string>, filter.pattern);
-    // The answers are in the cache; the peers have none.
+    // The results are in the cache; the peers have none.
     add("MatchAgain/ours", MatchAll<Ours<URE_Cache>, VorUnicodeString>, filter.ours);
     add("MatchAgain/re2", MatchAll<Re2, std::string>, filter.pattern);
     add("MatchAgain/pcre2_jit", MatchAll<Pcre2, std::string>, filter.pattern);

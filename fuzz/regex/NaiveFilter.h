@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-// The filters on Unicode texts once more, for ASCII without NUL and for filters without ".": the
-// search step by step, without any short cut.
+// A second implementation of the filters on Unicode texts, for ASCII without NUL and for filters
+// without ".": the plain search, without any short cut.
 
 namespace naive {
 
@@ -43,7 +43,7 @@ inline bool AddClass(const std::string& name, std::bitset<128>* members) {
   return false;
 }
 
-// Reads the block at *pos and moves behind it.
+// Reads the block at *pos and moves after it.
 inline Piece Block(const std::string& f, std::size_t* pos) {
   const auto at = [&f](std::size_t i) { return i < f.size() ? f[i] : '\0'; };
   std::size_t i = *pos + 1;
@@ -95,7 +95,7 @@ inline std::vector<Piece> Compile(const std::string& filter) {
   return pieces;
 }
 
-/// 1 or 0; -1 if more than \a steps steps would tell.
+/// 1 or 0; -1 if more than \a steps steps are needed.
 inline int Check(const std::string& given, const std::string& subject, int steps) {
   const std::string filter = given.empty() ? "*" : Stripped(given), s = Stripped(subject);
   if (subject.empty() || filter.empty()) return 0;
