@@ -12,7 +12,7 @@ void Expect(bool condition) {
   if (!condition) abort();
 }
 
-// The rule as it is told: a sum of digits, negative if any of them has the mark.
+// The documented rule: a sum of digits, negative if any of them has the mark.
 int NaiveSize(const unsigned char* header) {
   int sum = 0, power = 1;
   bool isNegative = false;
@@ -26,7 +26,7 @@ int NaiveSize(const unsigned char* header) {
 
 }  // namespace
 
-// Input: four bytes of a header, which are a size to be encoded as well.
+// Input: four bytes, which are decoded as a header and encoded as a size.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   unsigned char header[4];
   if (size < sizeof header) return 0;

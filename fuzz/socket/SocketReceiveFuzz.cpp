@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int kLargestSize = 16777215;
-
 void Expect(bool condition) {
   if (!condition) abort();
 }
@@ -32,7 +30,7 @@ void Connect(TASocket& client, const std::uint8_t* data, std::size_t size) {
   address.sin_port = htons(static_cast<in_port_t>(Server().GetPort()));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const int peer = socket(AF_INET, SOCK_STREAM, 0);
-  // Closing resets the connection and frees its port at once: there are only so many.
+  // Closing resets the connection and frees its port at once; otherwise ports would run out.
   const linger reset = {1, 0};
   Expect(connect(peer, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
   Expect(Server().GetQuery(client) == 0);
@@ -74,9 +72,8 @@ int ReadOne(int kind, int largest, TASocket& socket) {
 
 }  // namespace
 
-// Input: a byte for each of up to eight reads, of which those above 127 are bounded, ended by a
-// newline; the bytes of the peer.  Whatever they are, the reads end, in success or in an error that
-// is told.
+// Input: a byte for each of up to eight reads, then a newline, then the bytes of the peer.  A byte
+// above 127 limits its read.  Whatever the bytes are, each read succeeds or fails with a message.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto* const kindsEnd = static_cast<const std::uint8_t*>(memchr(data, '\n', size));
   if (kindsEnd == nullptr || kindsEnd - data > 8 || size > 60000) return 0;
@@ -86,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const std::uint8_t* kind = data; kind < kindsEnd; ++kind) {
     const int bound = *kind > 127 ? 100 : 0;
     client.SetReadLimits(bound, bound);
-    const int result = ReadOne(*kind % 7, bound > 0 ? bound : kLargestSize, client);
+    const int result = ReadOne(*kind % 7, bound > 0 ? bound : TASocket::kLargestBlock, client);
     Expect(result == 0 || result == 1);
     if (result == 1) Expect(strcmp(client.GetErrMsg(), "no error on socket") != 0);
   }

@@ -9,11 +9,11 @@ namespace vor {
 
 /// The words that the peer of a connection has defined, by identifier.
 ///
-/// A peer numbers its words from 0 on, and these are found by position.  Whatever else arrives is
-/// kept in a tree, so that no choice of identifiers makes the dictionary slow.
+/// A peer numbers its words from 0 on, and these are found by position.  Other identifiers are kept
+/// in a tree, so a hostile choice of identifiers does not make look-ups slow.
 class ReceivedWords {
  public:
-  /// Keeps \a word under \a id; the first word that was defined under it stays.
+  /// Keeps \a word under \a id, unless a word was defined under it before.
   void Define(int id, std::string word);
 
   /// The word of \a id; null if it was never defined.

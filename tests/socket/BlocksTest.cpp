@@ -1,7 +1,8 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <string.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,44 +14,28 @@ namespace {
 
 using namespace std::string_literals;
 
-// Switches compression on for as long as it lives.
-struct Compression {
-  Compression() { setenv("TASocketCompress", "", 1); }
-  ~Compression() { unsetenv("TASocketCompress"); }
-};
-
 VorListValVorString ListOf(const std::vector<const char*>& elements) {
   VorListValVorString list;
   for (const char* element : elements) list.Append(element);
   return list;
 }
 
-// The result of a read of some bytes, after which the peer has closed.
+// The result of a read of \a bytes, after which the peer has closed.
 int Receive(Ours& ours, Reading read, const std::string& bytes, std::size_t limit = 0) {
   ours.SetReadLimits(0, static_cast<int>(limit));
   const RawPeer peer(ours, bytes);
   return (ours.*read)();
 }
 
-// The words of "a  b a", as the second block of a connection has them, and as the first one.
+const std::string kRefused = "Unable to put block in buffer (block size is ";
+
+// The words of "a  b a" in the second block of a connection, and in the first one.
 const std::string kAgain =
     Integer(-1) + Integer(4) + Integer(0) + Integer(1) + Integer(2) + Integer(0);
 const std::string kDefined =
     Integer(0) + Word("a") + Integer(1) + Word("") + Integer(2) + Word("b") + kAgain;
 
 }  // namespace
-
-TEST(Blocks, BeginWithAPrintableSize) {
-  const std::pair<int, const char*> rows[] = {{0, "    "},         {8187, "[_! "},
-                                              {16777215, "____"},  {-1, "\x9f```"},
-                                              {-16777215, "aaaa"}, {INT32_MIN, "````"}};
-  for (const auto& [size, bytes] : rows) {
-    EXPECT_EQ(Header(size), bytes);
-    unsigned char header[4];
-    memcpy(header, bytes, sizeof header);
-    EXPECT_TRUE(size < 0 ? GetSize(header) < 0 : GetSize(header) == size) << size;
-  }
-}
 
 TEST(Blocks, HaveTheirBytesAndAreCounted) {
   struct Counter : TAPerfo {
@@ -66,20 +51,23 @@ TEST(Blocks, HaveTheirBytesAndAreCounted) {
     ours.PutBinBlock(3, "x\0y");
     ours.Write(-2);
     ours.Write(0x01020304);
-    ours.Write(VorString("word"));
+    ours.Write(VorString("w\0rd"s));
   });
   EXPECT_EQ(bytes,
-            "    #   abc%   a b c    #   x\0y\xfe\xff\xff\xff\x04\x03\x02\x01\x04\0\0\0word"s);
+            "    #   abc%   a b c    #   x\0y\xfe\xff\xff\xff\x04\x03\x02\x01\x04\0\0\0w\0rd"s);
   EXPECT_EQ(writing.Total(), 3 + 5 + 3 + 4 + 4 + 12);  // the length of a word twice
   const RawPeer peer(ours, "    #   abc#   a b#   xyz");
-  EXPECT_EQ(ours.Text() + ours.Text() + ours.List() + ours.Binary(), 0);
+  ours.SetReadLimits(60, 7);  // of each by itself
+  for (const Reading read : {&Ours::Text, &Ours::Text, &Ours::List, &Ours::Binary}) {
+    EXPECT_EQ((ours.*read)(), 0);
+  }
   EXPECT_EQ(reading.Total(), 3 + 3);  // text blocks only
 }
 
 TEST(Blocks, CompressedHaveTheirBytesOnEachConnection) {
   Ours ours;
   for (int i = 0; i < 2; ++i) {
-    const Compression on;
+    setenv("TASocketCompress", "", 1);
     const std::string bytes = BytesOf(ours, [&] {
       EXPECT_EQ(ours.PutBlock("a  b a"), 0);
       EXPECT_EQ(ours.PutBlock("a  b a"), 0);
@@ -87,18 +75,19 @@ TEST(Blocks, CompressedHaveTheirBytesOnEachConnection) {
       EXPECT_EQ(ours.PutBlock(ListOf({"a b", ""})), 0);
       EXPECT_EQ(ours.PutBlock(VorListValVorString()), 0);
     });
-    EXPECT_EQ(bytes, Header(-6) + kDefined + Header(-6) + kAgain + Header(0) + Header(-2) +
-                         Integer(3) + Word("a b") + Integer(-1) + Integer(2) + Integer(3) +
-                         Integer(1) + Header(-1) + Integer(-1) + Integer(0));
+    unsetenv("TASocketCompress");
+    EXPECT_EQ(bytes, "\x9a```" + kDefined + "\x9a```" + kAgain + "    \x9e```" + Integer(3) +
+                         Word("a b") + Integer(-1) + Integer(2) + Integer(3) + Integer(1) + kMark +
+                         Integer(-1) + Integer(0));
   }
   {
     const RawPeer peer(ours);
-    peer.Send(kMark + kDefined + "!   " + kAgain);  // a positive size is no different any more
+    peer.Send(kMark + kDefined + "!   " + kAgain);  // now a positive size is the same
     for (int i = 0; i < 2; ++i) {
       EXPECT_EQ(ours.Text(), 0);
       EXPECT_EQ(ours.Value(), "a  b a");
     }
-    ours.PutBlock("b");  // in the form in which it was asked
+    ours.PutBlock("b");  // compressed, too
     ours.Close();
     EXPECT_EQ(peer.ReceiveAll(),
               kMark + Integer(0) + Word("b") + Integer(-1) + Integer(1) + Integer(0));
@@ -109,33 +98,46 @@ TEST(Blocks, CompressedHaveTheirBytesOnEachConnection) {
 }
 
 TEST(Blocks, MustFitTheBuffer) {
-  const std::string refused = "Unable to put block in buffer (block size is ";
-  const std::vector<char> huge(16777216);
+  const std::vector<char> huge(TASocket::kLargestBlock + 1);
   Ours ours;
   const std::string bytes = BytesOf(ours, [&] {
     EXPECT_EQ(ours.PutBlock(VorString(std::string(8187, 'x'))), 0);
     EXPECT_EQ(ours.PutBlock(VorString(std::string(8188, 'x'))), 1);
     EXPECT_EQ(ours.PutBinBlock(16777216, huge.data()), 1);
-    EXPECT_EQ(ours.Message(), refused + "16777216)");
-    EXPECT_EQ(ours.PutBinBlock(-1, huge.data()), 1);
-    EXPECT_EQ(ours.PutBinBlock(16777215, huge.data()), 0);
-    const Compression on;
+    EXPECT_EQ(ours.LastFailure(), Failure(kRefused + "16777216)", EMSGSIZE));
+    EXPECT_EQ(ours.PutBinBlock(TASocket::kLargestBlock, huge.data()), 0);
+    setenv("TASocketCompress", "", 1);
     const std::string half(8388608, 'x');
     EXPECT_EQ(ours.PutBlock(ListOf({half.c_str(), half.c_str()})), 1);
-    EXPECT_EQ(ours.Message(), refused + "16777217)");
+    EXPECT_EQ(ours.Message(), kRefused + "16777217)");
+    unsetenv("TASocketCompress");
   });
   EXPECT_EQ(bytes.size(), 8191u + 16777219u);
+  EXPECT_EQ(bytes.substr(0, 4) + bytes.substr(8191, 4), "[_! ____");
 
   Ours least(-1);
   const std::string small = BytesOf(least, [&] {
-    EXPECT_EQ(least.PutBlock("") + least.Write(VorString("longer than the buffer")), 0);
+    EXPECT_EQ(least.PutBlock(""), 0);
+    EXPECT_EQ(least.Write(VorString("longer than the buffer")), 0);
     EXPECT_EQ(least.PutBlock("x"), 1);
     EXPECT_EQ(least.PutBinBlock(9, "123456789"), 0);
   });
   EXPECT_EQ(small, "    " + Word("longer than the buffer") + ")   123456789");
 }
 
-TEST(Blocks, CutShortAtAnyByteEndInTheirError) {
+TEST(Blocks, MessagesOutliveTheirSocket) {
+  std::optional<Ours> first(std::in_place);
+  Ours second;
+  const RawPeer peers[] = {RawPeer(*first), RawPeer(second)};
+  first->PutBinBlock(INT32_MIN, nullptr);
+  const char* const message = first->GetErrMsg();
+  first.reset();
+  for (int size = -1000; size < 0; ++size) second.PutBinBlock(size, nullptr);
+  EXPECT_EQ(second.Message(), kRefused + "-1)");
+  EXPECT_EQ(message, kRefused + "-2147483648)");
+}
+
+TEST(Blocks, CutShortAtAnyByteFail) {
   const struct {
     Reading read;
     std::string bytes;
@@ -166,10 +168,10 @@ TEST(Blocks, CutShortAtAnyByteEndInTheirError) {
       Ours cut, bounded;
       EXPECT_EQ(Receive(cut, row.read, row.bytes.substr(0, size)), 1) << row.bytes << size;
       EXPECT_EQ(cut.Value(), "") << row.bytes << size;
-      EXPECT_EQ(cut.Message(), size < 4 ? row.noHeader : row.noRest) << row.bytes << size;
-      if (size == 0) continue;  // no bound; others are as good as an end
+      EXPECT_EQ(cut.LastFailure(), Failure(size < 4 ? row.noHeader : row.noRest, 0)) << row.bytes;
+      if (size == 0) continue;  // no limit; another fails like an end
       EXPECT_EQ(Receive(bounded, row.read, row.bytes, size), 1) << row.bytes << size;
-      EXPECT_EQ(bounded.Message(), cut.Message()) << row.bytes << size;
+      EXPECT_EQ(bounded.LastFailure(), Failure(cut.Message(), EMSGSIZE)) << row.bytes << size;
     }
     Ours whole;
     EXPECT_EQ(Receive(whole, row.read, row.bytes, row.bytes.size()), 0) << row.bytes;
@@ -179,35 +181,45 @@ TEST(Blocks, CutShortAtAnyByteEndInTheirError) {
   Receive(pieces, &Ours::Text, Header(10241) + 'a' + std::string(10239, '\0') + 'b');
   EXPECT_EQ(pieces.Value(), "ab");
   char buffer[8] = {};
-  EXPECT_EQ(socketsaferead(-1, buffer, 0) + socketsaferead(-1, buffer, 4), 0);
+  EXPECT_EQ(socketsaferead(-1, buffer, 0), 0);
+  EXPECT_EQ(socketsaferead(-1, buffer, 4), 0);
 }
 
 TEST(Blocks, HostileBytesAreRefused) {
-  // A few bytes that name long words again and again, for a text above all sizes.
-  std::string blown =
-      kMark + Integer(0) + Word(std::string(1 << 15, 'x')) + Integer(-1) + Integer(512);
-  for (int i = 0; i < 512; ++i) blown += Integer(0);
+  // A few bytes that name a long word again and again: for a text above all sizes, or above the
+  // limit of the bytes that name it.
+  const auto blown = [](std::size_t size, int count) {
+    std::string bytes = kMark + Integer(0) + Word(std::string(size, 'x')) + Integer(-1);
+    for (int i = -1; i < count; ++i) bytes += Integer(i < 0 ? count : 0);
+    return bytes;
+  };
   const struct {
     Reading read;
     std::string bytes;
-    const char* message = kNotFull;
+    Failure failure = {kNotFull, EBADMSG};
+    std::size_t limit = 0;
   } rows[] = {
-      {&Ours::String, Integer(-1) + "abc", kNoSize},
-      {&Ours::String, Integer(INT32_MAX) + "abc", kNoSize},
-      {&Ours::Binary, kMark + "abc", "Unable to alloc memory for GetBinBlock"},
-      // Words that were never defined, and more than there can be.
+      {&Ours::String, Integer(-1) + "abc", {kNoSize, EBADMSG}},
+      {&Ours::String, Integer(INT32_MAX) + "abc", {kNoSize, 0}},
+      {&Ours::Binary, kMark + "abc", {"Unable to alloc memory for GetBinBlock", EBADMSG}},
       {&Ours::Text, kMark + Integer(-1) + Integer(1) + Integer(0)},
-      {&Ours::Text, kMark + Integer(-1) + Integer(INT32_MAX)},
+      {&Ours::Text, kMark + Integer(-1) + Integer(INT32_MAX), {kNotFull, EMSGSIZE}},  // words
       // Headers of a size above all others, of 1 from a digit below 0, and of 0.
       {&Ours::Text, std::string(400, '\xbf')},
       {&Ours::Binary, std::string(400, '\xa0')},
       {&Ours::List, "\x1f   x"},
       {&Ours::Text, "\x60\x1f  "},
-      {&Ours::Text, blown},
+      {&Ours::Text, blown(1 << 15, 512), {kNotFull, EMSGSIZE}},
+      {&Ours::Text, blown(30, 2), {kNotFull, EMSGSIZE}, 58},
+      // Definitions of more than a block can hold.
+      {&Ours::Text, kMark + Integer(0) + Integer(16777216), {kNoSize, EMSGSIZE}},
+      {&Ours::Text,
+       kMark + Integer(0) + Word("x") + Integer(1) + Integer(16777214),
+       {kNoSize, EMSGSIZE}},
   };
   for (const auto& row : rows) {
     Ours ours;
-    EXPECT_EQ(Receive(ours, row.read, row.bytes), 1) << row.bytes.substr(0, 20);
-    EXPECT_EQ(ours.Message(), row.message) << row.bytes.substr(0, 20);
+    EXPECT_EQ(Receive(ours, row.read, row.bytes, row.limit), 1) << row.bytes.substr(0, 20);
+    EXPECT_EQ(ours.LastFailure(), row.failure) << row.bytes.substr(0, 20);
   }
 }

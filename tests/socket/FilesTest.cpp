@@ -1,5 +1,8 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <utility>
@@ -13,17 +16,17 @@ class Files : public testing::Test {
  protected:
   VorString Path(const char* name) const { return VorString(dir / name); }
 
-  // The result of a file that arrives as these bytes.
+  // The result of a file that arrives as \a bytes.
   int Receive(const std::string& bytes, bool isText = false) {
     Ours ours;
     const RawPeer peer(ours, bytes);
     const int result = isText ? ours.GetFileASCII(Path("in"), 0) : ours.GetFile(Path("in"), 0);
-    message = ours.Message();
+    failure = ours.LastFailure();
     return result;
   }
 
   TempDir dir;
-  std::string message;
+  Failure failure;
 };
 
 std::string Sized(std::size_t size) {
@@ -32,7 +35,7 @@ std::string Sized(std::size_t size) {
   return content;
 }
 
-// A stream of blocks that each have the room of the buffer, the first what \a first leaves of it.
+// A stream of blocks that fill the buffer; the first has at most \a first bytes.
 std::string StreamOf(const std::string& content, std::size_t first) {
   std::string stream;
   std::size_t room = first;
@@ -47,38 +50,53 @@ std::string StreamOf(const std::string& content, std::size_t first) {
 
 }  // namespace
 
-TEST_F(Files, TravelAsBlocksOfTheBufferSizeThatAHeaderCanTell) {
+TEST_F(Files, TravelAsBlocksOfTheBufferSize) {
   for (const std::size_t size : {0u, 1u, 8187u, 8188u, 8189u, 16376u, 20000u, 300000u, 16777223u}) {
     const std::string content = Sized(size);
     dir.Write("out", content);
     const bool isHuge = size > 16777215;
     Ours ours(isHuge ? 1 << 25 : 8192);
     const std::string bytes = BytesOf(ours, [&] {
-      ours.PutBlock("before");  // which takes its room of the first block
+      ours.PutBlock("before");  // takes room of the first block
       EXPECT_EQ(ours.PutFile(Path("out")), 0);
     });
     EXPECT_TRUE(bytes == "&   before" + StreamOf(content, isHuge ? 16777215 : 8178)) << size;
   }
+
+  std::ifstream version("/proc/version");  // has bytes but no size
+  const std::string content(std::istreambuf_iterator<char>(version), {});
+  Ours ours;
+  EXPECT_EQ(BytesOf(ours, [&] { ours.PutFile("/proc/version"); }), StreamOf(content, 8188));
 }
 
 TEST_F(Files, ArriveWholeAfterABlock) {
   const std::string content = Sized(1000003);
-  dir.Write("out", content);
-  Ours server, left, right;
-  server.OpenServer(0);
-  left.OpenClient("localhost", server.GetPort());
-  server.GetQuery(right);
-  std::thread sender([&] {
-    EXPECT_EQ(left.PutBinBlock(1000003, content.data()), 0);
-    EXPECT_EQ(left.PutFile(Path("out")), 0);
-    left.Close();
-  });
-  EXPECT_EQ(right.Binary(), 0);
-  EXPECT_TRUE(right.Value() == content);
-  EXPECT_EQ(right.GetFile(Path("in"), 10), 0) << right.Message();
+  Ours ours;
+  const RawPeer peer(ours);
+  const std::jthread sending(
+      [&] { peer.Send(Header(1000003) + content + StreamOf(content, 8188)); });
+  EXPECT_EQ(ours.Binary(), 0);
+  EXPECT_TRUE(ours.Value() == content);
+  EXPECT_EQ(ours.GetFile(Path("in"), 10), 0) << ours.Message();
   EXPECT_TRUE(dir.Read("in") == content);
-  right.Close();  // or the sender waits for ever after a failure
-  sender.join();
+  ours.Close();  // or the sender waits for ever after a failure
+}
+
+TEST_F(Files, ThatChangeSizeDuringATransferEnd) {
+  constexpr std::size_t kSize = 16 << 20;  // more than waits between two sockets
+  for (const std::size_t later : {kSize + 100000, kSize - 100000}) {
+    dir.Write("out", std::string(kSize, '\0'));
+    Ours ours;
+    const RawPeer peer(ours);
+    const std::jthread writing([&] {
+      EXPECT_EQ(ours.PutFile(Path("out")), 0);
+      ours.Close();
+    });
+    std::string bytes = peer.Receive(4);  // now it is being sent
+    std::filesystem::resize_file(dir / "out", later);
+    bytes += peer.ReceiveAll();
+    EXPECT_TRUE(bytes == StreamOf(std::string(std::min(kSize, later), '\0'), 8188)) << later;
+  }
 }
 
 TEST_F(Files, CutShortAtAnyByteKeepWhatArrived) {
@@ -87,7 +105,8 @@ TEST_F(Files, CutShortAtAnyByteKeepWhatArrived) {
     EXPECT_EQ(Receive(stream.substr(0, size)), 1) << size;
     EXPECT_EQ(dir.Read("in"), size < 8 ? "" : size < 14 ? "abcd" : "abcdef") << size;
     const bool isInBlock = (size >= 4 && size < 8) || (size >= 12 && size < 14) || size >= 22;
-    EXPECT_EQ(message, isInBlock ? kNotFull : size < 18 ? kNoSize : kNoHeader) << size;
+    const char* const message = isInBlock ? kNotFull : size < 18 ? kNoSize : kNoHeader;
+    EXPECT_EQ(failure, Failure(message, 0)) << size;
   }
   EXPECT_EQ(Receive(stream), 0);
   EXPECT_EQ(Receive(StreamOf("a\r\n\rb\r\n", 3), true), 0);
@@ -95,27 +114,30 @@ TEST_F(Files, CutShortAtAnyByteKeepWhatArrived) {
 }
 
 TEST_F(Files, HostileStreamsAreRefused) {
-  const std::pair<std::string, const char*> rows[] = {
-      {Header(8193) + Sized(8193), kNotFull},
-      {kMark + "abc", kNotFull},
-      {"$   abcd    !   5", "Wrong byte count in GetFile"}};
+  const std::pair<std::string, Failure> rows[] = {
+      {Header(8193) + Sized(8193), {kNotFull, EMSGSIZE}},
+      {kMark + "abc", {kNotFull, EBADMSG}},
+      {"$   abcd    !   5", {"Wrong byte count in GetFile", EBADMSG}}};
   for (const auto& [stream, problem] : rows) {
     EXPECT_EQ(Receive(stream), 1);
-    EXPECT_EQ(message, problem);
+    EXPECT_EQ(failure, problem);
   }
   EXPECT_EQ(dir.Read("in"), "abcd");
 }
 
-TEST_F(Files, LocalFailuresTellWhy) {
+TEST_F(Files, LocalFailuresReportTheReason) {
   Ours ours;
   const RawPeer peer(ours, StreamOf("abc", 8188));
-  for (const VorString& path : {Path("missing"), VorString(dir.Path())}) {
+  const std::pair<VorString, int> unreadable[] = {{Path("missing"), ENOENT}, {dir.Path(), EISDIR}};
+  for (const auto& [path, problem] : unreadable) {
     EXPECT_EQ(ours.PutFile(path), 1);
-    EXPECT_EQ(ours.Message(), "Unable to read file for TASocket::PutFile");
+    EXPECT_EQ(ours.LastFailure(), Failure("Unable to read file for TASocket::PutFile", problem));
   }
-  for (const char* path : {"missing/in", "/dev/full"}) {
+  const std::pair<VorString, int> unwritable[] = {{"missing/in", ENOENT}, {"/dev/full", ENOSPC}};
+  for (const auto& [path, problem] : unwritable) {
     EXPECT_EQ(ours.GetFile(path, 0), 1);
-    EXPECT_EQ(ours.Message(), "Unable to write in file for TASocket::GetFile");
+    EXPECT_EQ(ours.LastFailure(),
+              Failure("Unable to write in file for TASocket::GetFile", problem));
   }
   ours.Close();
   EXPECT_EQ(peer.ReceiveAll(), "");

@@ -1,8 +1,10 @@
+#include <errno.h>
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <new>
 #include <string>
 #include <thread>
@@ -18,13 +20,9 @@ thread_local int granted = -1;  // large allocations before one fails; -1 if non
 
 }  // namespace
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (granted >= 0 && size >= std::size_t{kLarge} && granted-- == 0) return nullptr;
-  return malloc(size == 0 ? 1 : size);
-}
 void* operator new(std::size_t size) {
-  void* const memory = operator new(size, std::nothrow);
-  return memory != nullptr ? memory : throw std::bad_alloc();
+  if (granted >= 0 && size >= std::size_t{kLarge} && granted-- == 0) throw std::bad_alloc();
+  return malloc(std::max<std::size_t>(size, 1));
 }
 void operator delete(void* memory) noexcept {
   free(memory);
@@ -33,27 +31,21 @@ void operator delete(void* memory, std::size_t) noexcept {
   free(memory);
 }
 
-TEST(Limits, EndReadsThatAPeerDrawsOut) {
+TEST(Limits, EndReadsOfASlowPeer) {
   const struct {
     Reading read;
     std::string start;
     const char* message = kTimedOut;  // although something arrives all the time
-    int seconds = 1;
-    int stall = 60;
-  } rows[] = {
-      {&Ours::Text, "____"},
-      {&Ours::List, kMark + Integer(0) + Integer(1000)},
-      {&Ours::Binary, "____"},
-      {&Ours::String, Integer(100000)},
-      {&Ours::Number, ""},
-      {&Ours::File, "_ ! ____"},
-      // Silence.
-      {&Ours::Text, "$   abc", kNotFull, 0, 1},
-      {&Ours::Text, "$   abc", kNotFull, 60, 1},
-      // Definitions, used or not, are no more than a block; what is more is not waited for.
-      {&Ours::Text, kMark + Integer(0) + Integer(16777216), kNoSize},
-      {&Ours::Text, kMark + Integer(0) + Word("x") + Integer(1) + Integer(16777214), kNoSize}};
-  std::vector<std::thread> reading;
+    int seconds = 1, stall = 60;
+  } rows[] = {{&Ours::Text, "____"},
+              {&Ours::List, kMark + Integer(0) + Integer(1000)},
+              {&Ours::Binary, "____"},
+              {&Ours::String, Integer(100000)},
+              {&Ours::Number, ""},
+              {&Ours::File, "_ ! ____"},
+              {&Ours::Text, "$   abc", kNotFull, 0, 1},
+              {&Ours::Text, "$   abc", kNotFull, 60, 1}};
+  std::vector<std::jthread> reading;
   for (const auto& row : rows) {
     reading.emplace_back([&row] {
       Ours ours;
@@ -61,33 +53,43 @@ TEST(Limits, EndReadsThatAPeerDrawsOut) {
       ours.SetReadLimits(row.seconds, 0);
       const RawPeer peer(ours);
       peer.Send(row.start);
-      std::atomic<bool> isOver = row.message != kTimedOut || row.start.empty();
-      std::thread dribbling([&] {
-        for (; !isOver; usleep(10000)) peer.Send("x");
+      const bool isLate = row.message == kTimedOut;
+      const std::jthread dribbling([&](const std::stop_token& stop) {
+        for (; isLate && !row.start.empty() && !stop.stop_requested(); usleep(10000))
+          peer.Send("x");
       });
-      EXPECT_EQ((ours.*row.read)(), row.message == kTimedOut ? 2 : 1) << row.start;
-      EXPECT_EQ(ours.Message(), row.message) << row.start;
-      isOver = true;
-      dribbling.join();
+      EXPECT_EQ((ours.*row.read)(), isLate ? 2 : 1) << row.start;
+      EXPECT_EQ(ours.LastFailure(), Failure(row.message, ETIMEDOUT)) << row.start;
     });
   }
-  for (std::thread& thread : reading) thread.join();
 }
 
-TEST(Limits, AreOfEachReadByItself) {
-  const std::string named = kMark + Integer(0) + Word(std::string(30, 'w')) + Integer(-1) +
-                            Integer(2) + Integer(0) + Integer(0);
-  Ours ours;
-  ours.SetReadLimits(60, static_cast<int>(named.size()));
-  const std::string fits = Header(54) + std::string(54, 'x');
-  const RawPeer peer(ours, fits + fits + named);
-  EXPECT_EQ(ours.Text(), 0);
-  EXPECT_EQ(ours.List(), 0);
-  EXPECT_EQ(ours.Text(), 1);  // bounded as the bytes that stand for it are
-  EXPECT_EQ(ours.Message(), kNotFull);
+TEST(Limits, EndWritesToASlowPeer) {
+  const std::vector<char> data(TASocket::kLargestBlock);  // more than waits between two sockets
+  const struct {
+    int seconds, bytesPerSecond, stall;
+    std::size_t piece;  // that the peer takes each time
+    int result = 1;
+  } rows[] = {{1, 0, 60, 1000}, {0, INT_MAX, 60, 1000},     {60, 1000, 1, 0},
+              {0, 0, 1, 0},     {0, 1, 60, data.size(), 0}, {0, 0, 60, data.size(), 0}};
+  std::vector<std::jthread> writing;
+  for (const auto& row : rows) {
+    writing.emplace_back([&] {
+      Ours ours;
+      ours.SetStallLimit(row.stall);
+      ours.SetWriteLimits(row.seconds, row.bytesPerSecond);
+      const RawPeer peer(ours);
+      const std::jthread taking([&](const std::stop_token& stop) {
+        for (; row.piece > 0 && !stop.stop_requested(); usleep(10000)) peer.Receive(row.piece);
+      });
+      EXPECT_EQ(ours.PutBinBlock(TASocket::kLargestBlock, data.data()), row.result) << row.seconds;
+      EXPECT_EQ(ours.GetErrno(), row.result == 0 ? 0 : ETIMEDOUT) << row.seconds;
+      ours.Close();
+    });
+  }
 }
 
-TEST(Limits, ReadsWithoutMemoryEndInTheirError) {
+TEST(Limits, ReadsWithoutMemoryFail) {
   const std::string word(kLarge, 'w');
   const std::string plain = Header(kLarge) + word;
   const std::string ofNul = plain.substr(0, kLarge + 3) + '\0';
@@ -109,8 +111,9 @@ TEST(Limits, ReadsWithoutMemoryEndInTheirError) {
       failed = granted < 0;
       granted = -1;
       ASSERT_EQ(result, failed ? 1 : 0) << ours.Message();
-      EXPECT_EQ(ours.Message(), failed ? row.message : "no error on socket");
-      EXPECT_TRUE(!failed || ours.Value().empty());
+      EXPECT_EQ(ours.LastFailure(),
+                failed ? Failure(row.message, ENOMEM) : Failure("no error on socket", 0));
+      EXPECT_EQ(ours.Value().empty(), failed);
     }
     EXPECT_GT(failures, 0) << row.message;
   }

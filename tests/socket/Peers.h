@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -22,15 +23,18 @@ inline constexpr const char* kNotFlushed = "Unable to flush buffer";
 inline constexpr const char* kTimedOut =
     "Error reading from stream socket (select): Connection timed out";
 
-/// The end of a connection that is tested.  It keeps what it has read last of each kind.
+/// The tested end of a connection.  Keeps the last value that was read of each kind.
 class Ours : public TASocket {
  public:
   using TASocket::TASocket;
   ~Ours() { free(_data); }
 
-  int Text() { return _text = "before", GetBlock(_text, 0); }
-  int List() { return _list.Append("before"), GetBlock(_list, 0); }
-  int Binary() { return free(std::exchange(_data, nullptr)), GetBinBlock(&_size, &_data, 0); }
+  int Text() { return GetBlock(_text = "before", 0); }
+  int List() {
+    _list.Append("before");
+    return GetBlock(_list, 0);
+  }
+  int Binary() { return GetBinBlock(&_size, &_data, 0); }  // once
   int String() { return Read(_text, 0); }
   int Number() { return Read(_number, 0); }
   int File() { return GetFile("/dev/null", 0); }
@@ -42,18 +46,19 @@ class Ours : public TASocket {
     return _number == 0 ? all : all + std::to_string(_number);
   }
   std::string Message() const { return GetErrMsg(); }
+  std::pair<std::string, int> LastFailure() const { return {GetErrMsg(), GetErrno()}; }
 
  private:
   VorString _text;
   VorListValVorString _list;
-  int _size = -1;
   void* _data = nullptr;
-  int _number = 0;
+  int _size = -1, _number = 0;
 };
 
 using Reading = int (Ours::*)();
+using Failure = std::pair<std::string, int>;  // a message and an errno
 
-/// The other end as a plain socket, which shows the very bytes.
+/// The other end as a plain socket, which shows the bytes themselves.
 class RawPeer {
  public:
   /// Connects \a ours.
@@ -68,7 +73,7 @@ class RawPeer {
     if (connect(_fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) abort();
     if (server.GetQuery(ours) != 0) abort();
   }
-  /// The same, and has \a bytes ready for it and no more.
+  /// Connects, sends \a bytes and ends the stream.
   RawPeer(TASocket& ours, std::string_view bytes) : RawPeer(ours) {
     Send(bytes);
     shutdown(_fd, SHUT_WR);
@@ -81,13 +86,17 @@ class RawPeer {
     if (send(_fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0) abort();
   }
 
+  /// The next bytes, at most \a size.
+  std::string Receive(std::size_t size) const {
+    std::string bytes(size, '\0');
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(recv(_fd, bytes.data(), size, 0), 0)));
+    return bytes;
+  }
+
   /// Everything until the other end closes.
   std::string ReceiveAll() const {
-    std::string all;
-    char piece[65536];
-    for (ssize_t count; (count = recv(_fd, piece, sizeof piece, 0)) > 0;) {
-      all.append(piece, static_cast<std::size_t>(count));
-    }
+    std::string all, piece;
+    while (!(piece = Receive(65536)).empty()) all += piece;
     return all;
   }
 
@@ -95,17 +104,15 @@ class RawPeer {
   int _fd = -1;
 };
 
-/// All that \a write sends on a connection of its own.
+/// All bytes that \a write sends on a connection of its own.
 template <typename Write>
 std::string BytesOf(TASocket& ours, Write write) {
   const RawPeer peer(ours);
-  std::thread writing([&] {
+  const std::jthread writing([&] {
     write();
     ours.Close();
   });
-  std::string bytes = peer.ReceiveAll();
-  writing.join();
-  return bytes;
+  return peer.ReceiveAll();
 }
 
 inline std::string Header(int size) {
@@ -126,7 +133,7 @@ inline std::string Word(std::string_view text) {
   return Integer(static_cast<int>(text.size())) + std::string(text);
 }
 
-/// What a compressed block begins with.
+/// The start of a compressed block.
 inline const std::string kMark = "\x9f```";
 
 #endif  // VOR_TESTS_SOCKET_PEERS_H
