@@ -10,8 +10,8 @@
 #include "sourcefiles/VorFilePrepro.h"
 #include "support/NaivePrepro.h"
 
-// A source text without its comments, and without anything that can be removed; with copying as the
-// limit.
+// Removes the comments of a source text, then everything that can be removed.  The time of a plain
+// copy is the lower limit.
 
 namespace {
 

@@ -28,7 +28,8 @@ struct Model {
     if (fields[4].starts_with("Fw:")) {
       const bool isNew = frameworks.emplace(fields[4].substr(3), Framework{responsible, {}}).second;
       if (isNew) return;
-      messages += "# Error: fw " + fields[4] + " referenced multiple time in file " + file + "\n";
+      messages +=
+          "# Error: fw " + Shown(fields[4]) + " referenced multiple time in file " + file + "\n";
     } else if (fields[4].starts_with("Mod:")) {
       AddModule(fields[3].size() < 7 ? "" : fields[3].substr(7), fields[4].substr(4), responsible);
     }
@@ -38,16 +39,17 @@ struct Model {
                  const std::string& responsible) {
     const auto found = frameworks.find(framework);
     if (found == frameworks.end()) {
-      messages += "# Error: fw " + framework + " not yet referenced for mod " + module +
-                  " in file " + file + "\n";
+      messages += "# Error: fw " + Shown(framework) + " not yet referenced for mod " +
+                  Shown(module) + " in file " + file + "\n";
     } else if (!found->second.modules.try_emplace(module, responsible).second) {
-      messages += "# Error: mod " + module + " defined multiple time\n# Error: unable to add mod " +
-                  module + " in fw " + framework + " for file " + file + "\n";
+      messages += "# Error: mod " + Shown(module) +
+                  " defined multiple time\n# Error: unable to add mod " + Shown(module) +
+                  " in fw " + Shown(framework) + " for file " + file + "\n";
     }
   }
 
   void AddBad(const std::string& line) {
-    messages += "# Error: Bad line in file (" + file + "): " + line + "\n";
+    messages += "# Error: Bad line in file (" + file + "): " + Shown(line) + "\n";
   }
 
   std::string file;

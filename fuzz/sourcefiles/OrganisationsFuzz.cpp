@@ -15,7 +15,7 @@ static std::string CodeOf(const std::string& line) {
   return "";
 }
 
-// Input: the organisation file.  A declaration file with its codes makes it visible.
+// Input: the organisation file.  A declaration file with its codes makes its lines visible.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static MemoryFile org, kvr;
   static Printed printed;
@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const std::string& line : LinesOf(content)) {
     const std::string code = CodeOf(line);
     if (code.empty()) {
-      messages += "# ERROR: Bad line in file " + org.Path() + ": " + line + "\n";
+      messages += "# ERROR: Bad line in file " + org.Path() + ": " + Shown(line) + "\n";
     } else if (want.emplace(code, line).second && code.find(' ') == std::string::npos) {
       declarations += "a b c d Fw:" + code + " Resp:" + code + "\n";
     }

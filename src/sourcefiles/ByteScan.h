@@ -9,9 +9,11 @@
 
 namespace vor {
 
-/// Goes from \a in to the next byte that is one of Stops, or to \a end, and copies what it passes
-/// to \a out if isCopying.  Both are moved on.  \a out must have room for as many bytes as there
-/// are up to \a end, and may be written beyond what is copied.
+/// Moves \a in to the next byte that is one of Stops, or to \a end.  If isCopying, copies the bytes
+/// before it to \a out and moves \a out to the end of the copy.
+///
+/// \a out must have room for all bytes from \a in to \a end, because bytes after the copy are
+/// overwritten.
 template <bool isCopying, char... Stops>
 inline void PassTo(const char*& in, const char* end, char*& out) {
 #if defined(__SSE2__)

@@ -1,44 +1,37 @@
 #ifndef VOR_SOURCEFILES_GATE_H
 #define VOR_SOURCEFILES_GATE_H
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 
 namespace vor {
 
-/// A binary semaphore: closed or open, whoever closed or opened it and however often.  Those who
-/// wait for it sleep.  Every operation may be called from any thread.
+/// A binary semaphore that is closed or open.  Any thread may open or close it, and repeated calls
+/// have no further effect.  Waiting threads sleep.
+///
+/// It has no lock: in a child made by fork it still works and keeps its state.
+///
+/// Threads: every operation may be called from any thread.  A thread that has passed may destroy
+///          the gate, even before Open has returned: Open wakes the others by the address alone.
 class Gate {
  public:
-  explicit Gate(bool isClosed = false) : _isClosed(isClosed) {}
+  constexpr explicit Gate(bool isClosed = false) : _isClosed(isClosed ? 1 : 0) {}
   Gate(const Gate&) = delete;
   Gate& operator=(const Gate&) = delete;
 
-  void Close() {
-    const std::lock_guard guard(_mutex);
-    _isClosed = true;
-  }
+  void Close() { _isClosed = 1; }
   void Open() {
-    const std::lock_guard guard(_mutex);
-    _isClosed = false;
-    _opened.notify_all();  // with the lock: whoever passes may destroy the gate
+    _isClosed = 0;
+    _isClosed.notify_all();
   }
   /// Waits until it is open and leaves it open.
-  void Pass() {
-    std::unique_lock guard(_mutex);
-    _opened.wait(guard, [this] { return !_isClosed; });
-  }
+  void Pass() const { _isClosed.wait(1); }
   /// Waits until it is open and closes it.
   void PassAndClose() {
-    std::unique_lock guard(_mutex);
-    _opened.wait(guard, [this] { return !_isClosed; });
-    _isClosed = true;
+    while (_isClosed.exchange(1) != 0) _isClosed.wait(1);
   }
 
  private:
-  std::mutex _mutex;
-  std::condition_variable _opened;
-  bool _isClosed;
+  std::atomic<int> _isClosed;  // an int, which the system can wait for without a table of its own
 };
 
 }  // namespace vor

@@ -1,6 +1,5 @@
 #include "sourcefiles/TACallbackPublisher.h"
 
-#include "base/NamedLists.h"
 #include "sourcefiles/TACallbackSubscriber.h"
 
 TACallbackPublisher::TACallbackPublisher() = default;
@@ -21,7 +20,7 @@ void TACallbackPublisher::RemoveSubscriber(TACallbackSubscriber* subscriber) {
 
 int TACallbackPublisher::SendCallback(const TAEvent* event) {
   if (_subscribers == nullptr || _subscribers->Size() == 0) return 1;
-  // By position, and with the size asked again each time: the list may change in every call.
+  // By position, and with the size read again each time: every call may change the list.
   for (int i = 1; i <= _subscribers->Size(); ++i) (*_subscribers)[i]->ReceiveCallback(this, event);
   return 0;
 }

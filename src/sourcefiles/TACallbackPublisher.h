@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
 class TACallbackSubscriber;
 class TAEvent;
@@ -11,14 +11,14 @@ class VorListPtrTACallbackSubscriber;
 
 /// Sends events to its subscribers, in the order in which they were added.
 ///
-/// Subscribers may be added and removed while an event is delivered.  Callers rely on both effects:
-/// one that is added gets this event as well, and when the subscriber that is just being called, or
+/// Subscribers may be added and removed while an event is delivered.  Callers rely on two effects.
+/// A subscriber that is added also receives this event.  If the subscriber that is being called, or
 /// an earlier one, is removed, the next one is skipped.
 ///
-/// Ownership: the subscribers belong to others and must be removed before they go away.
+/// Ownership: the subscribers belong to others.  Remove a subscriber before it is destroyed.
 /// Errors:    running out of memory ends the process.
-/// Threads:   not synchronised; an object that is used by several threads locks its list, as
-///            VorFileBuffer does.
+/// Threads:   not synchronised.  A derived class whose objects are shared by threads locks the
+///            list, as VorFileBuffer does.
 class VOR_API TACallbackPublisher {
  public:
   TACallbackPublisher();
@@ -28,10 +28,10 @@ class VOR_API TACallbackPublisher {
 
   /// A subscriber that is added twice is called twice.
   void AddSubscriber(TACallbackSubscriber* subscriber) noexcept;
-  /// Removes it as often as it was added.
+  /// Removes \a subscriber, however often it was added.
   void RemoveSubscriber(TACallbackSubscriber* subscriber);
 
-  /// Calls every subscriber.  Returns 0; 1 if there is none.
+  /// Calls ReceiveCallback of every subscriber and returns 0.  Returns 1 if there is no subscriber.
   int SendCallback(const TAEvent* event);
 
  private:

@@ -1,18 +1,18 @@
 #ifndef VOR_SOURCEFILES_TAEVENT_H
 #define VOR_SOURCEFILES_TAEVENT_H
 
-#include "base/Export.h"
+#include "../base/Export.h"
 
-/// What a publisher tells its subscribers.
+/// An event that a publisher sends to its subscribers.
 ///
-/// Subscribers recognise an event by its name, compared with strcmp, and not by its class.
+/// Subscribers recognise an event by its name, compared with strcmp, not by its class.
 ///
-/// Ownership: belongs to the publisher; valid during the delivery only.  Never deleted through this
-///            class.
-/// Threads:   carries no data that could change.
+/// Ownership: belongs to the publisher and is valid only while it is delivered.  Never deleted
+///            through this class.
+/// Threads:   an event holds no data that could change.
 class VOR_API TAEvent {
  public:
-  /// The NUL-terminated name of the kind of event, valid for ever.
+  /// The NUL-terminated name of this kind of event, valid until the process ends.
   virtual const char* GetEventName() const = 0;
 
  protected:

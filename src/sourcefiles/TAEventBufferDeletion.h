@@ -1,11 +1,11 @@
 #ifndef VOR_SOURCEFILES_TAEVENTBUFFERDELETION_H
 #define VOR_SOURCEFILES_TAEVENTBUFFERDELETION_H
 
-#include "base/Export.h"
-#include "sourcefiles/TAEvent.h"
+#include "../base/Export.h"
+#include "TAEvent.h"
 
-/// Says that the buffer which publishes it is about to release its text: whoever kept pointers into
-/// that text drops them now.  See VorFileBuffer.
+/// Sent by a VorFileBuffer that is about to release its text.  Subscribers drop their pointers into
+/// that text.
 class VOR_API TAEventBufferDeletion final : public TAEvent {
  public:
   /// "EventBufferDeletion".

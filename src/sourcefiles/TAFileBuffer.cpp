@@ -1,38 +1,86 @@
 #include "sourcefiles/TAFileBuffer.h"
 
 #include <fcntl.h>
-#include <stdlib.h>
+#include <pthread.h>
 #include <string.h>
 #include <unistd.h>
 
-#include "base/NamedLists.h"
+#include <algorithm>
+#include <cstddef>
+#include <new>
+#include <utility>
+
+#include "base/ForkSafeLock.h"
+#include "base/NeverDestroyed.h"
 #include "base/PosixFile.h"
+#include "base/ScopedLock.h"
 #include "filenames/TAFileName.h"
 #include "sourcefiles/Gate.h"
 #include "sourcefiles/WholeFile.h"
 #include "thread/IrixLockDriver.h"
-#include "thread/LockHolder.h"
 #include "thread/TAThreadLock.h"
+
+// A text is read in chunks.  Other threads look at it meanwhile without a lock, so it only grows:
+//
+// - A block that was published stays where it is until the buffer is destroyed.  A regular file
+//   has a known size, so it needs one block.  A text that outgrows its block is copied into one at
+//   least twice as large.
+// - The size is stored after the text that it counts.  A thread that reads the size first and then
+//   the text gets a block with at least that many bytes.
+// - The first byte of a chunk takes the place of the NUL of the text before it.  It is written
+//   last, after the rest of the chunk and its NUL, so that a reader that searches for the NUL also
+//   sees whole chunks.
+//
+// The state of a buffer is one number, for which SaveAs waits.
+//
+// The counters of the loop are plain ints in the interface.  This source touches them through
+// std::atomic_ref only, because LoadFile counts without the lock.
 
 namespace {
 
-constexpr int kOverload = 0x9C4000;  // bytes
+constexpr std::size_t kFirstChunk = 10240;  // bytes
+constexpr int kOverload = 0x9C4000;         // bytes
 
-// There in every process, with a loop or without: the arena is made when it is first taken.
-class LoopLock : public TAThreadLock {
+// States of a buffer; any other is the number of the process that reads the file.
+constexpr pid_t kUnread = 0;
+constexpr pid_t kRead = -1;  // to its end, or it could not be opened
+constexpr pid_t kCut = -2;   // the reading failed
+
+// The lock of the loop.  It exists in every process, with a loop or without, so the arena is made
+// when it is first taken.
+class LoopLock final : public TAThreadLock, public vor::ForkSafeLock {
  public:
-  LoopLock() : TAThreadLock(WithoutArena()) {}
+  constexpr LoopLock() : TAThreadLock(WithoutArena()), ForkSafeLock(vor::ForkStage::kTool) {}
 
   int GetLock() override {
     irixLockDriver.ActivateDriver();
-    return TAThreadLock::GetLock();
+    TAThreadLock::GetLock();
+    _holder = pthread_self();
+    return 1;
   }
+  int ReleaseLock() override {
+    _holder = pthread_t{};
+    return TAThreadLock::ReleaseLock();
+  }
+
+ private:
+  // A tool may fork while it holds the lock: then the child holds it as well.
+  void BeforeFork() override {
+    _isHeldByForker = _holder == pthread_self();
+    if (!_isHeldByForker) TAThreadLock::GetLock();
+  }
+  void AfterFork() override {
+    if (!_isHeldByForker) TAThreadLock::ReleaseLock();
+  }
+
+  std::atomic<pthread_t> _holder{};  // 0 for none
+  bool _isHeldByForker = false;
 };
 
-// A lock whose waiters sleep, since the loop may wait for hours; so it needs no arena.
-class SleepingLock : public TAThreadLock {
+// A lock whose waiters sleep, since the loop may wait for hours.  It needs no arena.
+class SleepingLock final : public TAThreadLock {
  public:
-  SleepingLock() : TAThreadLock(WithoutArena()) {}
+  constexpr SleepingLock() : TAThreadLock(WithoutArena()) {}
 
   int GetLock() override {
     _gate.PassAndClose();
@@ -47,23 +95,36 @@ class SleepingLock : public TAThreadLock {
   vor::Gate _gate;
 };
 
+constinit vor::NeverDestroyed<LoopLock> loopLock;
+constinit vor::NeverDestroyed<SleepingLock> pauseLock;
+constinit vor::NeverDestroyed<SleepingLock> overloadLock;
+const vor::ForkRegistration loopLockRegistration(loopLock.object);
+
 // The process that runs the loop.
 std::atomic<pid_t> loopProcess{0};
 
 struct ExitNotice {
-  // A child made by fork has no loop to end, and the lock may have been held when it was made.
+  // A child made by fork has no loop to end.
   ~ExitNotice() {
     if (loopProcess != getpid()) return;
     ForgetList();
     TAFileBuffer::ASyncCleanup();
   }
 
-  // A loop that wakes up now must not look into it: the static objects of the tool are gone.
+  // A loop that wakes up now must not use the list: the tool's static objects are destroyed.
   static void ForgetList() {
-    const vor::LockHolder holder(TAFileBuffer::ASyncLock);
+    const vor::ScopedLock holder(TAFileBuffer::ASyncLock);
     TAFileBuffer::ASyncLoadList = nullptr;
   }
 } exitNotice;
+
+std::atomic_ref<int> Running() {
+  return std::atomic_ref(TAFileBuffer::ASyncLoadRunning);
+}
+
+std::atomic_ref<int> BytesRead() {
+  return std::atomic_ref(TAFileBuffer::ASyncBufferSize);
+}
 
 // With the lock held.
 TAFileBuffer* FirstOfList() {
@@ -71,19 +132,19 @@ TAFileBuffer* FirstOfList() {
   return list == nullptr || list->Size() == 0 ? nullptr : (*list)[1];
 }
 
-// Says that the loop is parked, unless it was told to stop meanwhile.
-bool TellParked() {
-  int running = TAFileBuffer::ASyncLoadRunning;
-  while (running != 0 && !TAFileBuffer::ASyncLoadRunning.compare_exchange_weak(running, -1)) {
+// Announces that the loop is parked.  False if it is to stop.
+bool AnnounceParked() {
+  int running = Running();
+  while (running != 0 && !Running().compare_exchange_weak(running, -1)) {
   }
   return running != 0;
 }
 
-// The buffer to load next; parks first if there is none, and gives null if there is none after that
-// either.
+// The buffer to load next.  If there is none, parks until it is woken and looks once more; null if
+// there is still none.
 TAFileBuffer* WaitForFirst() {
   TAFileBuffer::ASyncLock.GetLock();
-  if (FirstOfList() == nullptr && TellParked()) {
+  if (FirstOfList() == nullptr && AnnounceParked()) {
     TAFileBuffer::ASyncPause.GetLock();
     TAFileBuffer::ASyncLock.ReleaseLock();
     TAFileBuffer::ASyncPause.GetLock();
@@ -97,43 +158,104 @@ TAFileBuffer* WaitForFirst() {
 
 void WaitWhileOverloaded() {
   TAFileBuffer::ASyncLock.GetLock();
-  while (TAFileBuffer::ASyncBufferSize > kOverload) {
-    TAFileBuffer::ASyncOverloadFlag = 1;
+  while (BytesRead() > kOverload) {
+    std::atomic_ref(TAFileBuffer::ASyncOverloadFlag).store(1);
     TAFileBuffer::ASyncLock.ReleaseLock();
-    TAFileBuffer::ASyncOverloadLock.GetLock();  // it is up to the tool to release it
+    TAFileBuffer::ASyncOverloadLock.GetLock();  // the tool releases it
     TAFileBuffer::ASyncLock.GetLock();
   }
   TAFileBuffer::ASyncLock.ReleaseLock();
 }
 
+// Reads up to `size` bytes to the end of a text, fewer only at the end of the file, and puts a NUL
+// after them.  The NUL of the text is replaced last.  Returns the bytes read; -1 on an error.
+ssize_t ReadChunk(int fd, char* end, std::size_t size) {
+  char first = '\0';
+  ssize_t count = vor::ReadSome(fd, &first, 1);
+  if (count <= 0) return count;
+  std::size_t filled = 1;
+  for (; filled < size; filled += static_cast<std::size_t>(count)) {
+    count = vor::ReadSome(fd, end + filled, size - filled);
+    if (count < 0) return -1;
+    if (count == 0) break;
+  }
+  end[filled] = '\0';
+  std::atomic_ref(*end).store(first, std::memory_order_release);
+  return static_cast<ssize_t>(filled);
+}
+
 }  // namespace
 
-std::atomic<int> TAFileBuffer::ASyncBufferSize{0};
-std::atomic<int> TAFileBuffer::ASyncOverloadFlag{0};
-std::atomic<int> TAFileBuffer::ASyncLoadRunning{0};
-TAThreadLock& TAFileBuffer::ASyncLock = *new LoopLock;
-TAThreadLock& TAFileBuffer::ASyncPause = *new SleepingLock;
-TAThreadLock& TAFileBuffer::ASyncOverloadLock = *new SleepingLock;
+int TAFileBuffer::ASyncBufferSize = 0;
+int TAFileBuffer::ASyncOverloadFlag = 0;
+int TAFileBuffer::ASyncLoadRunning = 0;
+TAThreadLock& TAFileBuffer::ASyncLock = loopLock.object;
+TAThreadLock& TAFileBuffer::ASyncPause = pauseLock.object;
+TAThreadLock& TAFileBuffer::ASyncOverloadLock = overloadLock.object;
 VorListPtrTAFileBuffer* TAFileBuffer::ASyncLoadList = nullptr;
 int TAFileBuffer::ASyncFirstFile = 1;
 
-TAFileBuffer::TAFileBuffer(const char* name, int)
-    : _name(name == nullptr ? nullptr : strdup(name)) {}
-
-TAFileBuffer::~TAFileBuffer() {
-  free(_text);
-  free(_name);
+TAFileBuffer::TAFileBuffer(const char* name, int) {
+  if (name != nullptr) _name.emplace(name);
 }
 
+TAFileBuffer::~TAFileBuffer() = default;
+
 int TAFileBuffer::LoadFile() noexcept {
-  if (_isLoaded.exchange(true)) return 0;
-  if (_name == nullptr) return 1;
-  vor::WholeFile file = vor::ReadWholeFile(_name);
-  if (file.text == nullptr) return 1;
-  _text = file.text.release();
-  _size = file.size;
-  ASyncBufferSize += file.size;
-  return 0;
+  pid_t state = kUnread;
+  if (!_state.compare_exchange_strong(state, getpid())) return 0;
+  const vor::FileDescriptor file =
+      _name ? vor::OpenFile(_name->c_str(), O_RDONLY) : vor::FileDescriptor();
+  const bool isRead = file.IsOpen() && _read(file);
+  _state = isRead || !file.IsOpen() ? kRead : kCut;
+  _state.notify_all();
+  return isRead ? 0 : 1;
+}
+
+// False if the reading fails.
+bool TAFileBuffer::_read(const vor::FileDescriptor& file) {
+  const std::size_t known = vor::KnownSize(file);
+  if (known > vor::kLongestText) return false;
+  // One byte more: the read that finds the end of the file needs room.
+  const std::size_t expected = known > 0 ? known + 1 : 0;
+  std::size_t size = 0, room = 0, chunk = kFirstChunk;
+  for (;;) {
+    const std::size_t wanted = size < expected ? std::min(chunk, expected - size) : chunk;
+    if (room - size < wanted) {
+      room = std::max({expected, 2 * room, size + wanted});
+      if (!_growTo(room + 1, size)) return false;
+    }
+    char* const end = _blocks.back().get() + size;
+    const ssize_t count = ReadChunk(file.Get(), end, wanted);
+    if (count < 0) return false;
+    size += static_cast<std::size_t>(count);
+    if (size > vor::kLongestText) return false;
+    _text = _blocks.back().get();
+    _size = static_cast<int>(size);
+    BytesRead() += static_cast<int>(count);
+    if (static_cast<std::size_t>(count) < wanted) return true;
+    if (size > 10 * chunk) chunk = size / 2;
+  }
+}
+
+// Begins a block of `bytes` bytes with the `size` bytes that were read and a NUL.
+bool TAFileBuffer::_growTo(std::size_t bytes, std::size_t size) {
+  std::unique_ptr<char[]> block(new (std::nothrow) char[bytes]);
+  if (block == nullptr) return false;
+  if (size > 0) memcpy(block.get(), _blocks.back().get(), size);
+  block[size] = '\0';
+  _blocks.push_back(std::move(block));
+  return true;
+}
+
+// Waits until no other thread reads the file.  False if it was not read to its end, and in a child
+// made by fork while its parent was reading it.
+bool TAFileBuffer::_waitUntilRead() const {
+  for (pid_t state = _state; state > 0; state = _state) {
+    if (state != getpid()) return false;
+    _state.wait(state);
+  }
+  return _state == kRead;
 }
 
 char* TAFileBuffer::GetBuffer() {
@@ -149,16 +271,17 @@ int TAFileBuffer::GetSize() {
 int TAFileBuffer::SaveAs(TAFileName& name) {
   const vor::FileDescriptor file = vor::OpenFile(name, O_WRONLY | O_CREAT);
   if (!file.IsOpen()) return 1;
+  LoadFile();
+  if (!_waitUntilRead()) return 1;
   // Emptied after the text is loaded, which may come from this very file.
-  const auto size = static_cast<std::size_t>(GetSize());
-  [[maybe_unused]] const int emptied = ftruncate(file.Get(), 0);  // devices need not be
-  if (size > 0) vor::WriteAll(file.Get(), GetBuffer(), size);
+  [[maybe_unused]] const int emptied = ftruncate(file.Get(), 0);  // a device cannot be
+  if (_size > 0) vor::WriteAll(file.Get(), _text, static_cast<std::size_t>(_size.load()));
   return 0;
 }
 
 void TAFileBuffer::ASyncLoad(int, const char**) {
   loopProcess = getpid();
-  while (ASyncLoadRunning != 0) {
+  while (Running() != 0) {
     TAFileBuffer* const buffer = WaitForFirst();
     if (buffer == nullptr) continue;
     buffer->LoadFile();
@@ -167,8 +290,8 @@ void TAFileBuffer::ASyncLoad(int, const char**) {
 }
 
 void TAFileBuffer::ASyncCleanup() {
-  const vor::LockHolder holder(ASyncLock);
-  if (ASyncLoadRunning != -1) return;
-  ASyncLoadRunning = 0;
+  const vor::ScopedLock holder(ASyncLock);
+  if (Running() != -1) return;
+  Running() = 0;
   ASyncPause.ReleaseLock();
 }

@@ -1,43 +1,24 @@
 #include "sourcefiles/VorFileBuffer.h"
 
+#include <fcntl.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
-#include "base/MutexHolder.h"
+#include <utility>
+
+#include "base/OwnedText.h"
+#include "base/PosixFile.h"
+#include "base/ScopedLock.h"
 #include "sourcefiles/VorFileBufferPoolThread.h"
 #include "sourcefiles/WholeFile.h"
 
-namespace {
-
-// Locks a buffer for a change of its subscribers, unless this very thread holds the lock already,
-// because it sends them the event.
-class SubscriberLock {
- public:
-  SubscriberLock(VorMutex& mutex, const std::atomic<std::thread::id>& announcer)
-      : _mutex(announcer == std::this_thread::get_id() ? nullptr : &mutex) {
-    if (_mutex != nullptr) _mutex->Lock();
-  }
-  SubscriberLock(const SubscriberLock&) = delete;
-  SubscriberLock& operator=(const SubscriberLock&) = delete;
-  ~SubscriberLock() {
-    if (_mutex != nullptr) _mutex->Unlock();
-  }
-
- private:
-  VorMutex* const _mutex;
-};
-
-}  // namespace
-
-VorFileBuffer::VorFileBuffer(const char* name) : _name(name == nullptr ? nullptr : strdup(name)) {}
+VorFileBuffer::VorFileBuffer(const char* name) {
+  if (name != nullptr) _name.emplace(name);
+}
 
 VorFileBuffer::~VorFileBuffer() {
-  _leaveParentsLoader();
   _leaveLoader();
-  free(_text);
-  free(_name);
+  const vor::OwnedText text(_text);
 }
 
 char* VorFileBuffer::getBuffer() {
@@ -51,39 +32,45 @@ int VorFileBuffer::getBufferSize() {
 }
 
 void VorFileBuffer::loadFile() noexcept {
-  const vor::MutexHolder holder(_mutex);
+  const vor::ScopedLock holder(_mutex);
   if (isLoaded() != 0) return;
-  if (_name != nullptr && isDestroyed() == 0) {
-    vor::WholeFile file = vor::ReadWholeFile(_name);
-    if (file.missingMemory > 0) {
-      printf("# Error: malloc failed in VorFileBuffer::loadFile (size: %d)\n", file.missingMemory);
+  _read(_name ? vor::OpenFile(_name->c_str(), O_RDONLY) : vor::FileDescriptor());
+}
+
+// With the lock held.
+void VorFileBuffer::_read(const vor::FileDescriptor& file) {
+  if (file.IsOpen() && isDestroyed() == 0) {
+    vor::WholeFile whole = vor::ReadWholeFile(file);
+    if (whole.missingMemory > 0) {
+      printf("# Error: malloc failed in VorFileBuffer::loadFile (size: %d)\n", whole.missingMemory);
     }
-    _size = file.size;
-    _text = file.text.release();
+    _size = whole.size;
+    _text = whole.text.release();
   }
   _isLoaded.store(1, std::memory_order_release);
 }
 
 void VorFileBuffer::AddSubscriber(TACallbackSubscriber* subscriber) {
-  const SubscriberLock lock(_mutex, _announcer);
+  std::optional<vor::ScopedLock<VorMutex>> holder;
+  if (!_isAnnouncing()) holder.emplace(_mutex);
   TACallbackPublisher::AddSubscriber(subscriber);
 }
 
 void VorFileBuffer::RemoveSubscriber(TACallbackSubscriber* subscriber) {
-  const SubscriberLock lock(_mutex, _announcer);
+  std::optional<vor::ScopedLock<VorMutex>> holder;
+  if (!_isAnnouncing()) holder.emplace(_mutex);
   TACallbackPublisher::RemoveSubscriber(subscriber);
 }
 
 void VorFileBuffer::AddRef() {
-  const vor::MutexHolder holder(_mutex);
   ++_count;
 }
 
 int VorFileBuffer::Release() {
+  const int count = --_count;
+  if (count != 0) return count;
   {
-    const vor::MutexHolder holder(_mutex);
-    const int count = --_count;
-    if (count != 0) return count;
+    const vor::ScopedLock holder(_mutex);
     _dropText();
   }
   delete this;
@@ -92,7 +79,7 @@ int VorFileBuffer::Release() {
 
 void VorFileBuffer::destroy() {
   {
-    const vor::MutexHolder holder(_mutex);
+    const vor::ScopedLock holder(_mutex);
     _dropText();
   }
   Release();
@@ -102,18 +89,23 @@ void VorFileBuffer::destroy() {
 void VorFileBuffer::_dropText() {
   _isDestroyed = 1;
   if (_text == nullptr) return;
-  _leaveParentsLoader();
+  if (_loaderProcess != getpid()) _leaveLoader();
   _announcer = std::this_thread::get_id();
   SendCallback(&_deletion);
   _announcer = std::thread::id();
   _leaveLoader();
-  free(_text.exchange(nullptr));
+  const vor::OwnedText text(_text.exchange(nullptr));
   _size = 0;
 }
 
-// What follows is for the pool thread that has loaded the text.
+// Whether this thread holds the lock already, because it sends the event.
+bool VorFileBuffer::_isAnnouncing() const {
+  return _announcer == std::this_thread::get_id();
+}
 
-// Takes a reference without the lock, unless the last one has been given back.
+// The following operations are for the pool thread that loads the text.
+
+// Takes a reference, unless the last one was released.
 bool VorFileBuffer::_addRefIfAlive() {
   int count = _count;
   while (count > 0 && !_count.compare_exchange_weak(count, count + 1)) {
@@ -121,11 +113,22 @@ bool VorFileBuffer::_addRefIfAlive() {
   return count > 0;
 }
 
-// Subscribes the thread and has it count the text, in one step, so that it hears of the release of
-// all that it counts.  A text that is gone already, or that another pool counts, is not counted.
+// As loadFile, but false for a pipe or a device, whose reading has no limit of time.  It is left to
+// a consumer, and the lock is not taken: that consumer may hold it all the time.
+bool VorFileBuffer::_loadAhead() noexcept {
+  std::optional<vor::FileDescriptor> file(std::in_place);
+  if (_name) file = vor::OpenWithoutWaiting(_name->c_str());
+  if (!file) return false;
+  const vor::ScopedLock holder(_mutex);
+  if (isLoaded() == 0) _read(*file);
+  return true;
+}
+
+// Subscribes the thread and has it count the text, in one step, so that it receives the release of
+// all that it counts.  A buffer without text counts 0.
 void VorFileBuffer::_addLoader(VorFileBufferPoolThread* loader) {
-  const vor::MutexHolder holder(_mutex);
-  if (_text == nullptr || _loader != nullptr) return;
+  const vor::ScopedLock holder(_mutex);
+  if (_loader != nullptr) return;  // another pool has loaded it meanwhile
   _loader = loader;
   _loaderProcess = getpid();
   TACallbackPublisher::AddSubscriber(loader);
@@ -133,22 +136,15 @@ void VorFileBuffer::_addLoader(VorFileBufferPoolThread* loader) {
 }
 
 void VorFileBuffer::_removeLoader(VorFileBufferPoolThread* loader) {
-  const vor::MutexHolder holder(_mutex);
-  if (_loader != loader) return;  // the text was released meanwhile
-  TACallbackPublisher::RemoveSubscriber(loader);
-  _leaveLoader();
+  const vor::ScopedLock holder(_mutex);
+  if (_loader == loader) _leaveLoader();  // else the text was released meanwhile
 }
 
-// The thread may end from here on.
+// Unsubscribes the thread, which may end from here on.  In a child made by fork the thread is its
+// parent's and is not touched: its locks may stay held, and its pool may be gone.
 void VorFileBuffer::_leaveLoader() {
-  if (_loader != nullptr) _loader->_forgetText(this);
-  _loader = nullptr;
-}
-
-// In a child made by fork the thread is its parent's: its locks may be held for ever, and it may
-// have been destroyed with its pool.
-void VorFileBuffer::_leaveParentsLoader() {
-  if (_loader == nullptr || _loaderProcess == getpid()) return;
+  if (_loader == nullptr) return;
   TACallbackPublisher::RemoveSubscriber(_loader);
-  _loader = nullptr;
+  VorFileBufferPoolThread* const loader = std::exchange(_loader, nullptr);
+  if (_loaderProcess == getpid()) loader->_forgetText(this);
 }

@@ -7,16 +7,32 @@
 #include <unordered_map>
 #include <utility>
 
-#include "base/MutexHolder.h"
-#include "base/NamedLists.h"
+#include "base/ScopedLock.h"
 #include "sourcefiles/Gate.h"
 #include "sourcefiles/TAEvent.h"
 #include "sourcefiles/VorFileBuffer.h"
 
-// Order of the locks: the work lock, the lock of a buffer, then one of the others, of which only
-// the sleep lock is taken inside another one, the incoming lock.  No buffer is locked, and so none
-// released, with any but the work lock held: a buffer may be locked for as long as its file is
-// read, and a ReceiveCallback may append to this thread.
+// The thread makes passes.  In each it waits at two gates, takes what was appended and loads it:
+//
+//     append --> incoming list --(a pass begins)--> work list --> loadFile, subscribe, count
+//
+// - The wake gate is closed while the thread sleeps, which it does once both lists are empty.
+//   append and Stop open it.
+// - The memory gate is closed while the total of the loaded texts is not below the ceiling.  The
+//   release of a text subtracts its size from the total and opens the gate; Stop opens it too.
+//
+// The thread adds the size of each text that it loads to the total, and the deletion event of the
+// buffer subtracts it.  If another subscriber removes itself during the delivery, the event skips
+// this thread.  So a buffer that leaves subtracts its size then, if it is still counted.
+//
+// A buffer may outlive the thread, and the thread a buffer.  `loaded` therefore holds every buffer
+// to which the thread is subscribed.  A buffer leaves it, with the size lock held, before it is
+// deleted; the thread unsubscribes from all of them before it ends.
+//
+// Order of the locks: the work lock, the lock of a buffer, then one of the others.  Of these only
+// the sleep lock is taken inside another one, the incoming lock.  A buffer is locked, and the last
+// reference to one released, with none but the work lock held: its lock may be held for as long as
+// its file is read, and a ReceiveCallback may append to this thread.
 
 struct VorFileBufferPoolThread::State {
   explicit State(int limit) : ceiling(limit) {}
@@ -26,9 +42,9 @@ struct VorFileBufferPoolThread::State {
   const int ceiling;       // bytes
   VorMutex sizeLock;       // guards the next two
   std::int64_t total = 0;  // bytes; a batch may take it beyond what an int can count
-  std::unordered_map<VorFileBuffer*, int> loaded;  // with what of the total they still stand for
+  std::unordered_map<VorFileBuffer*, int> loaded;  // with the bytes that are still counted for it
   vor::Gate memoryGate;                            // closed while the ceiling is reached
-  vor::Gate forgottenGate;                         // opened when a buffer leaves the loaded ones
+  vor::Gate forgottenGate;                         // opened when a buffer leaves `loaded`
 
   VorMutex sleepLock;  // guards the flag
   bool isSleeping = true;
@@ -41,22 +57,22 @@ struct VorFileBufferPoolThread::State {
   VorListPtrVorFileBuffer incoming;
 
   void Wake() {
-    const vor::MutexHolder holder(sleepLock);
+    const vor::ScopedLock holder(sleepLock);
     if (!isSleeping) return;
     isSleeping = false;
     wakeGate.Open();
   }
   void FallAsleep() {
-    const vor::MutexHolder holder(sleepLock);
+    const vor::ScopedLock holder(sleepLock);
     isSleeping = true;
     wakeGate.Close();
   }
   bool IsSleeping() {
-    const vor::MutexHolder holder(sleepLock);
+    const vor::ScopedLock holder(sleepLock);
     return isSleeping;
   }
   bool IsCeilingReached() {
-    const vor::MutexHolder holder(sizeLock);
+    const vor::ScopedLock holder(sizeLock);
     return total >= ceiling;
   }
   // With the size lock held.
@@ -70,7 +86,7 @@ struct VorFileBufferPoolThread::State {
 namespace {
 
 VorListPtrVorFileBuffer TakeAll(VorListPtrVorFileBuffer& list, VorMutex& lock) {
-  const vor::MutexHolder holder(lock);
+  const vor::ScopedLock holder(lock);
   VorListPtrVorFileBuffer taken;
   std::swap(taken, list);
   return taken;
@@ -87,7 +103,7 @@ VorFileBufferPoolThread::VorFileBufferPoolThread(int ceiling)
 
 VorFileBufferPoolThread::~VorFileBufferPoolThread() {
   if (IsParents()) {
-    static_cast<void>(_state.release());  // its locks may be held, and its gates be waited for
+    static_cast<void>(_state.release());  // its locks may be held, and threads wait at its gates
     return;
   }
   VorFileBufferPoolThread::Stop();
@@ -101,9 +117,9 @@ int VorFileBufferPoolThread::Begin(void*) {
   return 0;
 }
 
-// False when it is time to end.
+// False if the thread must end.
 bool VorFileBufferPoolThread::_pass() {
-  const vor::MutexHolder holder(_state->workLock);
+  const vor::ScopedLock holder(_state->workLock);
   if (_state->isStopping) return false;
   if (_state->IsSleeping()) _state->wakeGate.Pass();
   if (_state->isStopping) return false;
@@ -112,15 +128,15 @@ bool VorFileBufferPoolThread::_pass() {
   return !_takeIncoming() || _loadBatch();
 }
 
-// Moves what was appended, in reverse, to the work list.  False if there is nothing to do, in which
-// case the thread sleeps next.
+// Moves what was appended, in reverse, to the work list.  False if there is nothing to do: the
+// thread sleeps next.
 bool VorFileBufferPoolThread::_takeIncoming() {
-  const vor::MutexHolder holder(_state->incomingLock);
+  const vor::ScopedLock holder(_state->incomingLock);
   for (int i = _state->incoming.Size(); i > 0; --i) _state->work.Append(_state->incoming[i]);
   _state->incoming.RemoveAll(VorCollec::KeepMemory);
   if (_state->work.Size() > 0) return true;
-  _state
-      ->FallAsleep();  // with the incoming lock held, so that whoever appends next finds it asleep
+  // With the incoming lock held, so that the next append finds the thread asleep.
+  _state->FallAsleep();
   return false;
 }
 
@@ -130,8 +146,7 @@ bool VorFileBufferPoolThread::_loadBatch() {
     if (_state->isStopping) return false;
     VorFileBuffer* const buffer = _state->work[i];
     _state->work.RemovePosition(i);
-    if (buffer->isDestroyed() == 0 && buffer->isLoaded() == 0) {
-      buffer->loadFile();
+    if (buffer->isDestroyed() == 0 && buffer->isLoaded() == 0 && buffer->_loadAhead()) {
       buffer->_addLoader(this);
     }
     buffer->Release();
@@ -139,14 +154,14 @@ bool VorFileBufferPoolThread::_loadBatch() {
   return true;
 }
 
-// Unsubscribes from the buffers that outlive the thread.  One whose last reference has gone is
-// about to leave by itself, and is waited for.
+// Unsubscribes from the buffers that outlive the thread.  A buffer whose last reference is gone is
+// about to leave by itself; the thread waits for it.
 void VorFileBufferPoolThread::_leaveBuffers() {
   for (;;) {
     VorFileBuffer* buffer = nullptr;
     {
-      // A buffer that is among the loaded ones cannot go away without this lock.
-      const vor::MutexHolder holder(_state->sizeLock);
+      // With this lock held no buffer leaves `loaded`, so none of them goes away.
+      const vor::ScopedLock holder(_state->sizeLock);
       if (_state->loaded.empty()) return;
       buffer = _state->loaded.begin()->first;
       if (!buffer->_addRefIfAlive()) {
@@ -177,8 +192,9 @@ void VorFileBufferPoolThread::append(VorFileBuffer* buffer) {
   buffer->AddRef();
   bool isRefused = false;
   {
-    const vor::MutexHolder holder(_state->incomingLock);
-    // Asked again: Stop empties the list after it has set the flag, and nothing may come later.
+    const vor::ScopedLock holder(_state->incomingLock);
+    // Checked again: Stop sets the flag, then empties the list, and nothing must be appended after
+    // that.
     isRefused = _state->isStopping;
     if (!isRefused) {
       _state->incoming.Append(buffer);
@@ -192,7 +208,7 @@ int VorFileBufferPoolThread::ReceiveCallback(TACallbackPublisher* publisher, con
   if (event == nullptr || strcmp(event->GetEventName(), "EventBufferDeletion") != 0) return 0;
   auto* const buffer = static_cast<VorFileBuffer*>(publisher);
   const int size = buffer->getBufferSize();
-  const vor::MutexHolder holder(_state->sizeLock);
+  const vor::ScopedLock holder(_state->sizeLock);
   _state->CountOff(size);
   const auto found = _state->loaded.find(buffer);
   if (found != _state->loaded.end()) found->second = 0;
@@ -200,16 +216,16 @@ int VorFileBufferPoolThread::ReceiveCallback(TACallbackPublisher* publisher, con
 }
 
 void VorFileBufferPoolThread::_countText(VorFileBuffer* buffer, int size) noexcept {
-  const vor::MutexHolder holder(_state->sizeLock);
+  const vor::ScopedLock holder(_state->sizeLock);
   _state->loaded.emplace(buffer, size);
   _state->total += size;
   if (_state->total >= _state->ceiling) _state->memoryGate.Close();
 }
 
-// Without the lock held no more the thread may be gone, so this is the last that a buffer does with
-// it.  A delivery that skipped this thread is made up for.
+// The last access of a buffer to this thread, which may be deleted once the lock is released.
+// Subtracts the size here if the event skipped the thread.
 void VorFileBufferPoolThread::_forgetText(VorFileBuffer* buffer) {
-  const vor::MutexHolder holder(_state->sizeLock);
+  const vor::ScopedLock holder(_state->sizeLock);
   const auto found = _state->loaded.find(buffer);
   if (found == _state->loaded.end()) return;
   _state->CountOff(found->second);

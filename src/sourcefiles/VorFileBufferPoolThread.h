@@ -3,26 +3,29 @@
 
 #include <memory>
 
-#include "base/Export.h"
-#include "sourcefiles/TACallbackSubscriber.h"
-#include "thread/VorThreads.h"
+#include "../base/Export.h"
+#include "../thread/VorThreads.h"
+#include "TACallbackSubscriber.h"
 
 class VorFileBuffer;
 
 /// The thread of a VorFileBufferPool: loads the buffers that are appended to it, in that order, and
 /// sleeps while there are none.
 ///
-/// It takes what was appended in batches.  Before a batch it waits until the texts that it has
-/// loaded and that were not released since are smaller than the ceiling; a batch that was begun is
-/// loaded whole, whatever its size.
+/// It loads in batches: all buffers that were appended since the last batch.  Before a batch it
+/// waits until the total size of loaded and not yet released texts is below the ceiling.  Then it
+/// loads the whole batch, whatever its size.
 ///
-/// In a child made by fork, which has no such thread, append, Stop and the destructor do nothing.
+/// It opens regular files and directories only.  Pipes and devices are left to their consumers.
+///
+/// A child made by fork has no such thread: there append, Stop and the destructor do nothing.
 ///
 /// Ownership: holds a reference to each buffer that waits to be loaded, and none to a loaded one.
-///            It is subscribed to the loaded ones to hear of their release, until it ends.
-/// Errors:    a buffer whose file cannot be read is passed over.
-/// Threads:   append, Stop and ReceiveCallback may be called from any thread; Stop neither on this
-///            one nor in a callback of one of its buffers.
+///            It subscribes to each buffer that it has loaded, and unsubscribes when it ends.
+/// Errors:    a buffer whose file cannot be read counts as loaded, with no text and size 0.
+/// Threads:   append, Stop and ReceiveCallback may be called from any thread, except that Stop
+///            must not be called on this thread or in a callback of one of its buffers.  Stop waits
+///            for the file that is being read.
 class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubscriber {
  public:
   /// \a ceiling in bytes.
@@ -34,10 +37,10 @@ class VOR_API VorFileBufferPoolThread : public VorThreads, public TACallbackSubs
   /// Stops the thread and waits for it.
   ~VorFileBufferPoolThread() override;
 
-  /// Ends the thread after the file that it is reading, and gives back the buffers that wait.
+  /// Ends the thread after the file that it is reading, and releases the waiting buffers.
   void Stop() override;
 
-  /// Hears of the release of a text and counts it off.
+  /// Subtracts the size of a text that is being released from the total.
   int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent* event) override;
 
   /// Ignored for null, and after Stop.

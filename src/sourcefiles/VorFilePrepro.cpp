@@ -1,5 +1,6 @@
 #include "sourcefiles/VorFilePrepro.h"
 
+#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -7,16 +8,31 @@
 #include <utility>
 
 #include "base/OwnedText.h"
+#include "base/PosixFile.h"
 #include "foundation/Tracing.h"
 #include "sourcefiles/ByteScan.h"
-#include "sourcefiles/VorFileBuffer.h"
+#include "sourcefiles/WholeFile.h"
 
-// One pass from left to right.  It stops only at the bytes that mean something where it is, and
-// there is one operation for each place where it can be.
+// One pass over the text, from left to right, that writes what is kept.
+//
+// The states are code, block comment, line comment, preprocessor line, double-quoted and
+// single-quoted literal.  Each state but code has one function, which runs from the bytes that
+// begin the construct to those that end it; Run is the code between constructs.  So the active
+// function is the state, and no variable holds it.
+//
+// In each state only a few bytes have a meaning: the stops.  PassTo (ByteScan.h) runs from one stop
+// to the next, 16 bytes at a time, and copies the bytes before the stop if they are kept.  In
+// removed parts a newline is a stop as well, because newlines are kept.
+//
+// A backslash and the byte after it are one unit in every state but the comments.  In a removed
+// construct the whole unit is removed, even an escaped newline.
+//
+// The text is read once for an object, into the block of memory in which it stays; the result is
+// the only other block.  The result is never longer than the text.
 
 namespace {
 
-// What stays in the text; newlines always do.
+// The parts that are kept.  Newlines always are.
 struct Kept {
   bool lineComments, blockComments, preproLines, singleQuoted, doubleQuoted;
 };
@@ -36,7 +52,7 @@ class Filter {
     }
   }
 
-  /// Behind the last byte written.
+  /// The end of what was written.
   char* End() const { return _out; }
 
  private:
@@ -50,7 +66,7 @@ class Filter {
     }
   }
 
-  // To the next stop; of what is removed, newlines are stops as well.
+  // Moves to the next stop.
   template <char... Stops>
   void PassTo(bool isKept) {
     if (isKept) {
@@ -60,14 +76,14 @@ class Filter {
     }
   }
 
-  // A backslash that is not the last byte, with what is behind it.
+  // Passes a backslash and the byte after it.  False if no escape begins here.
   bool TakeEscape(bool isKept) {
     if (*_in != '\\' || _end - _in < 2) return false;
     Take(2, isKept);
     return true;
   }
 
-  // What begins at a stop of the code.  False if the text ends in it.
+  // Passes the construct that begins at a stop in code.  False if the text ends in it.
   bool PassConstruct() {
     if (TakeEscape(true)) return true;
     if (IsPair('/', '*')) return PassBlockComment(_kept.blockComments);
@@ -105,7 +121,7 @@ class Filter {
     return true;
   }
 
-  // One that the text ends in is as good as any.
+  // A preprocessor line at the end of the text counts as complete.
   void PassPreproLine(bool isKept) {
     for (;;) {
       PassTo<'\\', '\n'>(isKept);
@@ -155,13 +171,12 @@ VorFilePrepro::~VorFilePrepro() = default;
 
 int VorFilePrepro::preprocess(int flags, char*& out) noexcept {
   if (_text == nullptr) {
-    auto* const file = new VorFileBuffer(_name);
-    const char* const text = file->getBuffer();
-    vor::OwnedText copy(text == nullptr ? nullptr : strdup(text));
-    file->destroy();
-    if (copy == nullptr) return 1;
-    const std::size_t size = strlen(copy.get());
-    _text.reset(new Text{std::move(copy), size});
+    const vor::FileDescriptor file = vor::OpenFile(_name, O_RDONLY);
+    vor::OwnedText text = vor::ReadWholeFile(file).text;
+    if (text == nullptr) return 1;
+    const std::size_t size = strlen(text.get());
+    vor::DropSpareRoom(text, size);
+    _text.reset(new Text{std::move(text), size});
   }
 
   const Kept kept = {(flags & REMOVE_SLCOMMENTS) == 0, (flags & REMOVE_MLCOMMENTS) == 0,

@@ -3,27 +3,30 @@
 
 #include <memory>
 
-#include "base/Export.h"
-#include "base/VorString.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
 
-/// The text of a source file of the C family without its comments, pre-processor lines or literals,
+/// The text of a source file of the C family without its comments, preprocessor lines or literals,
 /// for tools that look for words in sources.
 ///
-/// Newlines of what is removed are kept, so that lines keep their numbers; but callers rely on the
-/// newlines behind a backslash, in literals and pre-processor lines, going with them.
+/// The newlines of removed parts are kept, so that lines keep their numbers.  There is one
+/// exception, on which callers rely: in a removed literal or preprocessor line, a newline after a
+/// backslash is removed too.
 ///
-/// What counts as what, read from left to right:
-///  - comments begin in code only, not in a literal nor in a pre-processor line;
-///  - "#" in code begins a pre-processor line, wherever it stands on the line;
-///  - outside comments a backslash and the character behind it belong together and begin and end
-///    nothing; so a backslash continues a pre-processor line but not a "//" comment.
+/// The text is read from left to right:
+///  - Comments begin in code only, not in literals or preprocessor lines.
+///  - A "#" in code begins a preprocessor line, at any position in the line.
+///  - Outside comments, a backslash and the character after it form one unit, which neither begins
+///    nor ends anything.  So a backslash continues a preprocessor line, but not a "//" comment.
 ///
-/// Ownership: keeps the text of the file from the first preprocess on, even if the file changes.
-/// Errors:    told by the result; nothing is printed.
+/// Memory:    one copy of the text of the file, and the results that the caller holds.
+/// Ownership: keeps the text of the file from the first call of preprocess on, even if the file
+///            changes.
+/// Errors:    reported by the result; nothing is printed.
 /// Threads:   not synchronised; an object belongs to one thread at a time.
 class VOR_API VorFilePrepro {
  public:
-  // What to remove; to be combined with "|".
+  // The parts to remove; combine them with "|".
   static int REMOVE_SLCOMMENTS;  ///< 1: "//" to the end of the line
   static int REMOVE_MLCOMMENTS;  ///< 2: "/*" to "*/"
   static int REMOVE_PREPRO;      ///< 4: "#" to the end of the line
@@ -35,11 +38,11 @@ class VOR_API VorFilePrepro {
   VorFilePrepro& operator=(const VorFilePrepro&) = delete;
   virtual ~VorFilePrepro();
 
-  /// Stores in \a out the filtered text, which the caller releases with free(), and returns 0; 2 if
-  /// the file ends in a literal or a comment, which a "//" comment without a newline does, too.
-  /// Returns 1, and leaves \a out alone, if the file cannot be read.
+  /// Stores the filtered text in \a out; the caller releases it with free().  Returns 0, or 2 if
+  /// the file ends in a literal or a comment.  A "//" comment without a newline is such an end.
+  /// Returns 1 and does not change \a out if the file cannot be read.
   ///
-  /// A file is read up to its first NUL.
+  /// Text after the first NUL of the file is ignored.
   int preprocess(int flags, char*& out) noexcept;
 
  private:

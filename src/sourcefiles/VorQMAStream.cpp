@@ -33,7 +33,7 @@ char* VorQMAStream::NextLine() {
   return nullptr;
 }
 
-// Reads behind the rest, which moves to the front; false when there is nothing more to read.
+// Moves the rest to the front and reads more after it.  False at the end of the file.
 bool VorQMAStream::Refill() {
   if (!_file.IsOpen()) return false;
   if (_start > 0) {

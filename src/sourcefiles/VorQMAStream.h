@@ -8,15 +8,15 @@
 
 namespace vor {
 
-/// The lines of a text file, one after the other.  The buffer grows with the longest line, not
-/// with the file.
+/// Reads a text file line by line.  The buffer grows with the longest line, not with the file.
 class VorQMAStream {
  public:
   /// A file that cannot be opened or read, a null \a path included, has no lines.
   explicit VorQMAStream(const char* path);
 
-  /// The next line without its newline, to be changed at will, valid until the next call; null at
-  /// the end.  What stands behind the last newline is no line, and callers rely on it.
+  /// The next line without its newline; null at the end of file.  The caller may change it; it is
+  /// valid until the next call.  Text after the last newline is not a line, and callers rely on
+  /// that.
   char* NextLine();
 
  private:
@@ -24,9 +24,9 @@ class VorQMAStream {
 
   FileDescriptor _file;
   std::vector<char> _buffer;
-  std::size_t _start = 0;    // of what was not handed out yet
-  std::size_t _scanned = 0;  // what stands before holds no newline from _start on
-  std::size_t _end = 0;      // of what was read
+  std::size_t _start = 0;    // of the text that was not returned yet
+  std::size_t _scanned = 0;  // no newline from _start to here
+  std::size_t _end = 0;      // of the text that was read
 };
 
 }  // namespace vor

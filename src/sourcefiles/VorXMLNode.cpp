@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/VorUnicodeString.h"
-#include "foundation/TextUtilities.h"
+#include "foundation/XmlEscaping.h"
 #include "sourcefiles/VorXMLNodeListener.h"
 
 namespace {
@@ -23,41 +22,6 @@ bool IsName(std::string_view name) {
          std::all_of(name.begin(), name.end(), [](char c) {
            return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
          });
-}
-
-bool IsXmlCharacter(char32_t c) {
-  return (c >= 0x20 && c < 0xD800) || (c >= 0xE000 && c != 0xFFFE && c != 0xFFFF);
-}
-
-// substituteEntities takes the word "toreplace" for an ampersand; cut in two it stays.
-std::string WithEntities(std::string_view value) {
-  std::string text;
-  for (std::size_t start = 0; start < value.size();) {
-    const std::size_t word = value.find("toreplace", start);
-    const std::size_t end = word == std::string_view::npos ? value.size() : word + 1;
-    text += substituteEntities(VorString(value.substr(start, end - start))).View();
-    start = end;
-  }
-  return text;
-}
-
-std::string Escaped(std::string_view value) {
-  std::string text = WithEntities(value);
-  std::replace(text.begin(), text.end(), '\0', '\1');  // neither is allowed, and a NUL ends a text
-  const VorUnicodeString characters(text.c_str());
-  std::string escaped;
-  for (int i = 0; i < characters.GetLengthInChar(); ++i) {
-    const VorUnicodeChar c = characters[i];
-    const char32_t code = c.GetCodePoint();
-    if (code == '\t' || code == '\n' || code == '\r') {
-      escaped += "&#" + std::to_string(static_cast<int>(code)) + ";";
-    } else if (IsXmlCharacter(code)) {
-      escaped += VorUnicodeString(c, 1).CastToCharPtr();
-    } else {
-      escaped += '?';
-    }
-  }
-  return escaped;
 }
 
 std::size_t Index(int position) {
@@ -81,10 +45,10 @@ struct VorXMLNode::Element {
   std::vector<std::shared_ptr<Element>> children;
   std::weak_ptr<Element> parent;
   std::vector<VorXMLNodeListener*> listeners;  // null for one removed during a notification
-  int notifications = 0;                       // that run
+  int notifications = 0;                       // that are running
 };
 
-// Level by level and not by recursion: a tree may be deeper than the stack.
+// With a list and without recursion: a tree may be deeper than the stack.
 VorXMLNode::Element::~Element() {
   std::vector<std::shared_ptr<Element>> left = std::move(children);
   while (!left.empty()) {
@@ -100,7 +64,8 @@ VorXMLNode::Element::~Element() {
 std::string VorXMLNode::Element::Start() const {
   std::string text = "<" + std::string(name.View());
   for (const auto& [attribute, value] : attributes) {
-    text += " " + std::string(attribute.View()) + "=\"" + Escaped(value.View()) + "\"";
+    text.append(" ").append(attribute.View()).append("=\"");
+    text.append(EscapeXmlAttribute(value).View()).append("\"");
   }
   return text;
 }
@@ -144,8 +109,8 @@ VorString VorXMLNode::GetAttributeName(int position) const noexcept {
 int VorXMLNode::AppendChild(const VorXMLNode& child) noexcept {
   if (_element == nullptr || child.IsNull() || !child._element->parent.expired()) return 1;
   if (child._element == _element) return 1;
-  // Without children it is no ancestor: a deep tree that grows downwards is not walked up each
-  // time.
+  // A child without children is no ancestor, so a tree that grows downwards is not walked up for
+  // each new leaf.
   auto above = child._element->children.empty() ? nullptr : _element;
   for (; above != nullptr; above = above->parent.lock()) {
     if (above == child._element) return 1;
@@ -177,7 +142,7 @@ int VorXMLNode::AddListener(VorXMLNodeListener* listener) noexcept {
   return 0;
 }
 
-// While a notification runs places are kept, so that it neither skips nor repeats a listener.
+// While a notification runs the place is kept, so that it neither skips nor repeats a listener.
 int VorXMLNode::RemoveListener(VorXMLNodeListener* listener) {
   if (_element == nullptr || listener == nullptr) return 1;
   std::vector<VorXMLNodeListener*>& listeners = _element->listeners;
@@ -199,7 +164,7 @@ int VorXMLNode::ListenerCount() const {
 }
 
 void VorXMLNode::NotifyListeners() noexcept {
-  // This handle may go meanwhile, and a listener may change the handle that it is given.
+  // A listener may destroy this handle, and may change the handle that is passed to it.
   const std::shared_ptr<Element> element = _element;
   if (element == nullptr) return;
   ++element->notifications;
@@ -214,7 +179,7 @@ void VorXMLNode::NotifyListeners() noexcept {
 VorString VorXMLNode::ToText() const noexcept {
   if (_element == nullptr) return VorString();
   std::string text;
-  std::vector<std::pair<const Element*, std::size_t>> open;  // with the number of children written
+  std::vector<std::pair<const Element*, std::size_t>> open;  // and how many children are written
   const auto begin = [&text, &open](const Element* element) {
     text.append(2 * open.size(), ' ').append(element->Start());
     text += element->children.empty() ? "/>\n" : ">\n";

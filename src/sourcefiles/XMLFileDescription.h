@@ -1,22 +1,22 @@
 #ifndef VOR_SOURCEFILES_XMLFILEDESCRIPTION_H
 #define VOR_SOURCEFILES_XMLFILEDESCRIPTION_H
 
-#include "base/Export.h"
-#include "filenames/TAFileName.h"
-#include "sourcefiles/VorXMLNode.h"
-#include "sourcefiles/VorXMLNodeListener.h"
+#include "../base/Export.h"
+#include "../filenames/TAFileName.h"
+#include "VorXMLNode.h"
+#include "VorXMLNodeListener.h"
 
 // Paths of the file system as XML elements, for tools that put files into XML documents.
 //
-// A description is made once, from what the path is at that moment: an element "File", "FileRW" or
-// "Directory" with the attributes "Name" (basename(1) of the path) and "Path" (the path as
-// given).  It never changes by itself: its listener only detaches itself at the first notification,
-// and refreshing it does nothing.
+// A description shows the kind of the path at the time of the call: an element "File", "FileRW" or
+// "Directory" with the attributes "Name" (basename(1) of the path) and "Path" (the path as given).
+// It never changes by itself.  Its listener detaches itself at the first notification and does
+// nothing else; the refresh functions do nothing.
 //
-// Running out of memory ends the process.  Threads: every function may be called from any thread,
-// with a path that is no copy of another thread's (see TAFileName).
+// Running out of memory ends the process.
+// Threads: every function may be called from any thread.
 
-/// The listener of files.  It detaches itself from the node that notifies it.
+/// The listener of files.  It detaches itself from a node at the first notification.
 class VOR_API FileDescriptionListener final : public VorXMLNodeListener {
  public:
   void Notify(VorXMLNode& node) override;
@@ -34,20 +34,20 @@ class VOR_API DirectoryDescriptionListenerRW final : public VorXMLNodeListener {
   void Notify(VorXMLNode& node) override;
 };
 
-// Shared by all descriptions; without data, so threads may share them.
+// Shared by all descriptions and all threads; they hold no data.
 VOR_API extern FileDescriptionListener _fileListener;
 VOR_API extern DirectoryDescriptionListener _directoryListener;
 VOR_API extern DirectoryDescriptionListenerRW _directoryListenerRW;
 
-/// An element "File" for a file and "Directory" for a directory, as IsFile and IsDirectory of
-/// TAFileName tell; else, when the path does not exist for instance, the empty node.
+/// An element "File" if IsFile of TAFileName holds, "Directory" if IsDirectory does; otherwise, for
+/// example if the path does not exist, the empty node.
 VOR_API VorXMLNode GetFileDescription(TAFileName path) noexcept;
 
-/// The same, except that a file that the process's real user may both read and write, as access()
-/// tells, is an element "FileRW".
+/// The same, except that a file which the real user of the process may read and write (by access())
+/// is an element "FileRW".
 VOR_API VorXMLNode GetFileDescriptionRW(TAFileName path) noexcept;
 
-/// Does nothing: a description stays as it was made.
+/// Do nothing: a description never changes.
 VOR_API void RefreshFileDescription(VorXMLNode& node);
 VOR_API void RefreshFileDescriptionRW(VorXMLNode& node);
 

@@ -9,9 +9,9 @@
 
 namespace {
 
-// Writes its letter into a log, and then does what it was told to.
+// Writes its letter into a log, then calls `then`.
 struct Logger : TACallbackSubscriber {
-  Logger(char itsLetter, std::string& itsLog) : letter(itsLetter), log(itsLog) {}
+  explicit Logger(char itsLetter) : letter(itsLetter) {}
 
   int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent* event) override {
     EXPECT_STREQ(event->GetEventName(), "EventBufferDeletion");
@@ -21,21 +21,20 @@ struct Logger : TACallbackSubscriber {
   }
 
   const char letter;
-  std::string& log;
+  static inline std::string log;
   std::function<void(TACallbackPublisher&)> then;
 };
 
 }  // namespace
 
-TEST(Callbacks, GoToTheListAsItIsAtEachStepOfADelivery) {
-  std::string log;
-  Logger a('a', log), b('b', log), c('c', log);
+TEST(Callbacks, FollowChangesOfTheListDuringADelivery) {
+  Logger a('a'), b('b'), c('c');
   TACallbackPublisher publisher;
   const auto send = [&] {
-    log.clear();
+    Logger::log.clear();
     const TAEventBufferDeletion event;
     const int result = publisher.SendCallback(&event);
-    return log + std::to_string(result);
+    return Logger::log + std::to_string(result);
   };
   publisher.RemoveSubscriber(&a);  // from no list
   EXPECT_EQ(send(), "1");

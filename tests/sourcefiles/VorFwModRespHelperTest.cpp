@@ -29,37 +29,55 @@ class Responsibles : public testing::Test {
 }  // namespace
 
 TEST_F(Responsibles, OfFrameworksAndModules) {
+  EXPECT_EQ(_helper.getFrameworkLongResponsible("FW1"), nullptr);
   Parse("Some. Team.ab.\n",
         "a b c d Fw:FW1 Resp:ab\n"
         "a b c 1234567FW1 Mod:m1 Resp:aB\n"
         "a b c 1234567FW1 Mod:m2 Resp:no one\n"
         "    Fw: Resp:ab\n"            // all fields but the last two are empty, so is the name
         "a b c short Mod:m Resp:ab\n"  // of the framework ""
-        "a b c d Other:e Resp:ab\n");  // ignored in silence
+        "a b c d Other:e Resp:ab\n"    // ignored without a message
+        "a b c d Fw:cut Resp:ab");
   EXPECT_EQ(_printed, "");
   EXPECT_STREQ(_helper.getFrameworkLongResponsible("FW1"), "Some. Team.ab.");
   EXPECT_STREQ(_helper.getModuleShortResponsible("FW1", "m2"), "NO ONE");
   EXPECT_EQ(_helper.getModuleLongResponsible("FW1", "m2"), nullptr);
   EXPECT_STREQ(_helper.getModuleLongResponsible("FW1", "m1"), "Some. Team.ab.");
   EXPECT_STREQ(_helper.getModuleLongResponsible("", "m"), "Some. Team.ab.");
-  for (const char* unknown : {static_cast<const char*>(nullptr), "FW", "fw1"}) {
-    EXPECT_EQ(_helper.getFrameworkLongResponsible(unknown), nullptr);
+  Parse("bad\n", "a b c d Fw:late Resp:cd\n");
+  EXPECT_EQ(_printed, "") << "files are read once";
+  for (const char* unknown : {static_cast<const char*>(nullptr), "fw1", "cut", "late"}) {
+    EXPECT_EQ(_helper.getFrameworkShortResponsible(unknown), nullptr);
     EXPECT_EQ(_helper.getModuleLongResponsible("FW1", unknown), nullptr);
+  }
+  EXPECT_EQ(_helper.parseQXOrgFile(nullptr), 1);
+  for (const char* unreadable : {"/none", _dir.Path().c_str(), static_cast<const char*>(nullptr)}) {
+    EXPECT_EQ(VorFwModRespHelper().parseKVRFile(unreadable), 0);
   }
 }
 
 TEST_F(Responsibles, OrganisationLines) {
   std::vector<std::pair<std::string, std::string>> codes = {
-      {"SomeName.ab.", "AB"}, {"abcde.x.", "X"}, {"....abc.", "ABC"}, {"orgname.\xe9z.", "\xe9Z"}};
+      {"abcde.x.", "X"}, {"....abc.", "ABC"}, {"orgname.\xe9z.", "\xe9Z"}};
   // Around the size of the read buffer and its double, so that each falls across its end.
   for (const int size : {10, 63980, 64000, 64001, 127999, 200000, 20}) {
     const std::string code = std::to_string(100 + size % 97);
     codes.emplace_back(std::string(size, 'x') + "." + code + ".", code);
   }
   std::string org, kvr, want;
-  for (const std::string bad : {"xyzw.abcd.", "orgname..", "abcd.x.", "one dot.", "org.cd.\r"}) {
-    org += bad + "\n";
-    want += "# ERROR: Bad line in file " + _dir / "org" + ": " + bad + "\n";
+  const char* const kBad[][2] = {
+      // line, as it is shown
+      {"xyzw.abcd.", "xyzw.abcd."},
+      {"orgname..", "orgname.."},
+      {"abcd.x.", "abcd.x."},
+      {"one dot.", "one dot."},
+      {"org.cd.\r", "org.cd.\\r"},
+      {"\x1b]0;\a\t\x7f \xc2\x9bm \x9b \\", "\\x1b]0;\\x07\\t\\x7f \\xc2\\x9bm \\x9b \\"},
+      {"\xe9 \xc3\x89 \xe2\x82\x9b", "\xe9 \xc3\x89 \xe2\x82\x9b"},  // none is a control character
+  };
+  for (const auto& [line, shown] : kBad) {
+    org += line + std::string("\n");
+    want += "# ERROR: Bad line in file " + _dir / "org" + ": " + shown + "\n";
   }
   for (const auto& [line, code] : codes) {
     org += line + "\n";
@@ -72,11 +90,12 @@ TEST_F(Responsibles, OrganisationLines) {
   }
 }
 
-TEST_F(Responsibles, DeclarationsThatDoNotCount) {
+TEST_F(Responsibles, InvalidDeclarationsAreSkipped) {
   const std::string inFile = " in file " + _dir / "kvr" + "\n";
   const std::string kTable[][2] = {
       // line, message; "" for a bad line
-      {"a b c 1234567F Mod:m Resp:xx", "# Error: fw F not yet referenced for mod m" + inFile},
+      {"a b c 1234567F Mod:m\a Resp:xx",
+       "# Error: fw F not yet referenced for mod m\\x07" + inFile},
       {"a b c d Fw:F Resp:ab", " "},
       {"a b c d Fw:F Resp:cd", "# Error: fw Fw:F referenced multiple time" + inFile},
       {"a b c 1234567F Mod:m Resp:mm\r", " "},
@@ -99,20 +118,4 @@ TEST_F(Responsibles, DeclarationsThatDoNotCount) {
   EXPECT_STREQ(_helper.getFrameworkLongResponsible("F"), "first line.ab.");
   EXPECT_STREQ(_helper.getModuleShortResponsible("F", "m"), "MM\r");
   EXPECT_EQ(_helper.getFrameworkShortResponsible("G"), nullptr);
-}
-
-TEST_F(Responsibles, OfTheFirstFilesOnly) {
-  EXPECT_EQ(_helper.getFrameworkLongResponsible("F"), nullptr);
-  Parse("Some Team Name.ab.\n", "a b c d Fw:F Resp:ab\na b c d Fw:cut Resp:ab");
-  EXPECT_EQ(_helper.getFrameworkShortResponsible("cut"), nullptr) << "no newline at the end";
-  Parse("bad\n", "a b c d Fw:G Resp:cd\n");
-  EXPECT_EQ(_printed, "");
-  EXPECT_EQ(_helper.getFrameworkShortResponsible("G"), nullptr);
-  EXPECT_STREQ(_helper.getFrameworkLongResponsible("F"), "Some Team Name.ab.");
-  EXPECT_EQ(_helper.parseQXOrgFile(nullptr), 1);
-  for (const char* unreadable : {"/none", _dir.Path().c_str(), static_cast<const char*>(nullptr)}) {
-    VorFwModRespHelper helper;
-    EXPECT_EQ(helper.parseKVRFile(unreadable), 0);
-    EXPECT_EQ(helper.parseKVRFile(unreadable), 1);
-  }
 }
