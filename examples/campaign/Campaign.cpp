@@ -1,145 +1,221 @@
 #include "Campaign.h"
 
+#include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
-#include <cerrno>
-#include <chrono>
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "Interrupt.h"
+#include "Output.h"
 #include "Progress.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+constexpr int kRefreshMs = 200;    // the longest delay of an interrupt or of the live line
+constexpr int kMostReapWaits = 5;  // of kRefreshMs, for what was killed
 
-constexpr int kTimeoutCode = 99;  // TAProcessList's return code after a time-out
-constexpr int kRefreshMs = 200;   // how long an interrupt or the live line may have to wait
+// Makes a log file or empties it.  Returns "" or why that failed.
+std::string EmptyLog(const std::string& path) {
+  // Non-blocking, so that opening a named pipe without a reader fails instead of waiting.
+  const int log = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (log < 0) return "cannot write " + path + ": " + strerror(errno);
+  close(log);
+  return "";
+}
 
-// The states that TAProcessList::GetStatus tells.
-constexpr int kWaiting = 0;
-constexpr int kDone = 2;
+void AppendToLog(const std::string& line, const std::string& path) {
+  if (!path.empty()) std::ofstream(path, std::ios::app) << "campaign: " << line << "\n";
+}
 
-/// Follows the tests through one process list, which tells states but no times.
+// Kills all descendants of this process.  Each one is stopped as soon as it is seen, so that it
+// cannot start others.  When a pass finds nothing new, all of them are stopped.
+void KillDescendants() {
+  int self = TAProcess::Getpid();
+  TAProcess tree(self);
+  VorListValVorString pids;  // this process first
+  for (int stopped = 1;;) {
+    if (tree.GetProcessTree(pids) != 0) {
+      fputs("campaign: cannot read the process table: tests may still be running\n", stderr);
+    }
+    if (pids.Size() <= stopped) break;
+    while (stopped < pids.Size()) kill(atoi(pids[++stopped]), SIGSTOP);
+  }
+  for (int i = pids.Size(); i > 1; --i) kill(atoi(pids[i]), SIGKILL);
+}
+
+// The name of the program that cannot be found or executed.
+std::string ProgramOf(const std::string& command, int error) {
+  const std::string program = command.substr(0, command.find_first_of(" \t"));
+  const bool isScript = error == ENOENT && program.find('/') != std::string::npos &&
+                        access(program.c_str(), F_OK) == 0;
+  return Printable(isScript ? "the interpreter of " + program : program);
+}
+
+void SetNotStarted(const std::string& command, int error, TestResult* result) {
+  if (error == ENOENT || error == ENOTDIR) {
+    result->outcome = Outcome::kNotFound;
+    result->returnCode = kNotFoundCode;
+    result->reason = ProgramOf(command, error);
+  } else if (error == EACCES || error == ENOEXEC) {
+    result->outcome = Outcome::kNotExecutable;
+    result->returnCode = kNotExecutableCode;
+    result->reason = ProgramOf(command, error);
+  } else {
+    result->outcome = Outcome::kNotStarted;
+    result->returnCode = kNotStartedCode;
+    result->reason = strerror(error);
+  }
+}
+
+// Only a test that is known to have ended with 0 has passed.  \a code is that of the process list.
+void SetOutcome(const TAProcessEnd& end, int code, const std::string& command, TestResult* result) {
+  result->seconds = end.seconds;
+  result->returnCode = code;
+  switch (end.kind) {
+    case TAProcessEnd::Exited:
+      result->outcome = end.code == 0 ? Outcome::kPassed : Outcome::kFailed;
+      return;
+    case TAProcessEnd::Signalled:
+      result->outcome = Outcome::kFailed;
+      return;
+    case TAProcessEnd::TimedOut:
+      result->outcome = Outcome::kTimedOut;
+      return;
+    case TAProcessEnd::NotStarted:
+      SetNotStarted(command, end.code, result);
+      return;
+    case TAProcessEnd::NotEnded:
+    case TAProcessEnd::Lost:
+      break;
+  }
+  result->outcome = Outcome::kLost;
+  result->returnCode = kLostCode;
+  result->reason = end.Describe();
+}
+
+/// Runs tests through one process list.  A test enters the list only when it can start at once:
+/// its log is checked just before.
 class Runner {
  public:
   Runner(const std::vector<Test>& tests, const Limits& limits,
-         const std::vector<std::string>& logFiles)
-      : _limits(limits), _list(limits.jobs), _results(tests.size()), _starts(tests.size()) {
+         const std::vector<std::string>& logFiles, Progress* progress)
+      : _tests(tests),
+        _limits(limits),
+        _progress(progress),
+        _list(limits.jobs),
+        _results(tests.size()) {
     for (std::size_t i = 0; i < tests.size(); ++i) {
       _results[i].name = tests[i].name;
       if (!logFiles.empty()) _results[i].logFile = logFiles[i];
     }
-    // The list starts what was added last first: added backwards, tests start in their order.
-    for (std::size_t i = tests.size(); i-- > 0;) {
-      _list.Start(VorString(tests[i].command), limits.timeout,
-                  logFiles.empty() ? "/dev/null" : VorString(logFiles[i]));
-    }
   }
 
-  std::vector<TestResult> Run(Progress* progress) {
-    while (!IsInterrupted()) {
-      const Clock::time_point beforeCheck = Clock::now();
+  std::vector<TestResult> Run() {
+    const InterruptDelay untilStopped;
+    while (!IsInterrupted() && _progress->IsSeen()) {
       _list.Check();
-      FollowStates(beforeCheck, progress);
-      if (_list.NDone() == _list.Size()) break;
-      progress->Show(_list.NRunning());
+      TakeEnded();
+      StartNext();
+      if (_running.empty()) return _results;
+      _progress->Show(static_cast<int>(_running.size()));
       _list.WaitForChange(kRefreshMs);
     }
-    if (!_running.empty()) Interrupt();
+    Stop();
     return _results;
   }
 
  private:
-  int Position(std::size_t test) const { return static_cast<int>(_results.size() - test); }
+  struct Running {
+    std::size_t test;
+    int position;  // in _list
+  };
 
-  double SecondsSinceStart(std::size_t test) const {
-    return std::chrono::duration<double>(Clock::now() - _starts[test]).count();
+  void StartNext() {
+    while (_next < _tests.size() && _running.size() < static_cast<std::size_t>(_limits.jobs)) {
+      const std::size_t test = _next++;
+      TestResult& result = _results[test];
+      const std::string log = result.logFile.empty() ? "/dev/null" : result.logFile;
+      result.reason = EmptyLog(log);
+      if (!result.reason.empty()) {
+        result.outcome = Outcome::kNotStarted;
+        result.returnCode = kNotStartedCode;
+        _progress->Report(result);
+        continue;
+      }
+      const int position =
+          _list.Start(VorString(_tests[test].command), _limits.timeout, VorString(log));
+      _list.Check();
+      _running.push_back({test, position});
+    }
   }
 
-  // Looks only at what runs and at what starts next, so that a long list costs nothing.  A test
-  // that was started since startTime counts from there, so that none seems shorter than it was.
-  void FollowStates(Clock::time_point startTime, Progress* progress) {
-    while (_next < _results.size() && _list.GetStatus(Position(_next)) != kWaiting) {
-      _starts[_next] = startTime;
-      _running.push_back(_next++);
-    }
-    std::erase_if(_running, [this, progress](std::size_t test) {
-      if (_list.GetStatus(Position(test)) != kDone) return false;
-      Finish(test);
-      progress->Report(_results[test]);
+  void TakeEnded() {
+    std::erase_if(_running, [this](const Running& running) {
+      if (_list.GetStatus(running.position) != TAProcessList::Done) return false;
+      TestResult& result = _results[running.test];
+      const TAProcessEnd end = _list.GetEnd(running.position);
+      SetOutcome(end, _list.GetReturnCode(running.position), _tests[running.test].command, &result);
+      // The log says why it is empty; a requester sees only that.
+      if (end.kind == TAProcessEnd::NotStarted) AppendToLog(Describe(result), result.logFile);
+      _progress->Report(result);
       return true;
     });
   }
 
-  void Finish(std::size_t test) {
-    TestResult& result = _results[test];
-    result.returnCode = _list.GetReturnCode(Position(test));
-    result.seconds = SecondsSinceStart(test);
-    // A test may end with 99 by itself; only one that used up its time was killed for it.
-    const bool usedItsTime = _limits.timeout > 0 && result.seconds >= _limits.timeout;
-    result.outcome = result.returnCode == 0                             ? Outcome::kPassed
-                     : result.returnCode == kTimeoutCode && usedItsTime ? Outcome::kTimedOut
-                                                                        : Outcome::kFailed;
-  }
-
-  // Kills whatever descends from this process; a second round finds what the first one missed.
-  void Interrupt() {
-    int self = TAProcess::Getpid();
-    TAProcess tree(self);
-    for (int round = 0; round < 2; ++round) {
-      VorListValVorString pids;
-      for (int known = -1; known != pids.Size();) {
-        known = pids.Size();
-        tree.GetProcessTree(pids);
-      }
-      for (int i = pids.Size(); i >= 1; --i) {
-        const int pid = atoi(pids[i]);
-        if (pid != self) kill(pid, SIGKILL);
-      }
+  void Stop() {
+    KillDescendants();
+    for (const Running& running : _running) {
+      _results[running.test].outcome = Outcome::kInterrupted;
+      _results[running.test].seconds = _list.GetEnd(running.position).seconds;
     }
-    for (const std::size_t test : _running) {
-      _results[test].outcome = Outcome::kInterrupted;
-      _results[test].seconds = SecondsSinceStart(test);
+    for (int wait = 0; _list.NRunning() > 0 && wait < kMostReapWaits; ++wait) {
+      _list.WaitForChange(kRefreshMs);
+      _list.Check();
     }
   }
 
+  const std::vector<Test>& _tests;
   const Limits _limits;
+  Progress* const _progress;
   TAProcessList _list;
-  std::vector<TestResult> _results;
-  std::vector<Clock::time_point> _starts;
-  std::vector<std::size_t> _running;  // indexes into _results
-  std::size_t _next = 0;              // the first test that was not seen running yet
+  std::vector<TestResult> _results;  // by test
+  std::vector<Running> _running;
+  std::size_t _next = 0;  // the first test that has not started
 };
 
 }  // namespace
 
-std::string MakeLogFile(const std::string& name, const std::string& folder, std::string* logFile) {
-  *logFile = folder + "/" + name + ".log";
-  TAFileName parent = TAFileName(logFile->c_str()).dirname(1);
-  errno = 0;
-  if (!parent.IsNull() && parent.CreateRecursiveDirectory() != 0 && !parent.IsDirectory()) {
-    return "cannot make the folder " + std::string(parent) + ": " + strerror(errno);
-  }
-  return std::ofstream(*logFile) ? "" : "cannot write " + *logFile + ": " + strerror(errno);
+std::string MakeLogFile(const std::string& name, const std::string& directory,
+                        std::string* logFile) {
+  *logFile = directory + "/" + name + ".log";
+  const std::filesystem::path parent = std::filesystem::path(*logFile).parent_path();
+  std::error_code error;
+  std::filesystem::create_directories(parent, error);
+  if (error) return "cannot make the directory " + parent.string() + ": " + error.message();
+  return EmptyLog(*logFile);
 }
 
-std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& folder,
+std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& directory,
                          std::vector<std::string>* logFiles) {
   std::string problem;
   for (std::size_t i = 0; i < tests.size() && problem.empty(); ++i) {
-    problem = MakeLogFile(tests[i].name, folder, &logFiles->emplace_back());
+    problem = MakeLogFile(tests[i].name, directory, &logFiles->emplace_back());
   }
   return problem;
 }
 
 std::vector<TestResult> RunCampaign(const std::vector<Test>& tests, const Limits& limits,
                                     const std::vector<std::string>& logFiles, Progress* progress) {
-  return Runner(tests, limits, logFiles).Run(progress);
+  return Runner(tests, limits, logFiles, progress).Run();
 }
 
 }  // namespace campaign

@@ -17,17 +17,19 @@ struct Limits {
   int timeout = 0;  ///< seconds for each test; 0 for no limit
 };
 
-/// Makes the log file `name.log` of a test below \a folder, and the folders it needs.  Returns ""
-/// and its path, or one line that says what went wrong.
-std::string MakeLogFile(const std::string& name, const std::string& folder, std::string* logFile);
+/// Makes the log file `name.log` of a test below \a directory, and the directories it needs.
+/// Returns "" and its path, or one line that says why it cannot be made.
+std::string MakeLogFile(const std::string& name, const std::string& directory,
+                        std::string* logFile);
 
-/// The same for every test, so that nothing has to be refused once tests run.
-std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& folder,
+/// Makes the log files of all tests, so that a failure shows before any test runs.
+std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& directory,
                          std::vector<std::string>* logFiles);
 
-/// Runs \a tests in parallel and gives one result for each, in the same order.  Their output goes
-/// to \a logFiles; where that is empty it is thrown away.  After an interrupt no further test is
-/// started and every running one is killed with its tree.
+/// Runs \a tests in parallel and returns one result for each, in the same order.  The output of
+/// each goes to its entry of \a logFiles; with an empty entry it is discarded.  They inherit
+/// standard input (see DetachInput).  If the campaign is interrupted or \a progress has lost its
+/// reader, no further test is started and every running one is killed with its process tree.
 std::vector<TestResult> RunCampaign(const std::vector<Test>& tests, const Limits& limits,
                                     const std::vector<std::string>& logFiles, Progress* progress);
 

@@ -8,13 +8,13 @@ namespace campaign {
 // Exit statuses of the tool.
 constexpr int kAllPassed = 0;
 constexpr int kSomeFailed = 1;
-constexpr int kBadInput = 2;
+constexpr int kTrouble = 2;   ///< wrong usage, unreadable input or unwritable output
 constexpr int kNoServer = 3;  ///< it could not be reached, or broke off
 
-/// Tells on standard error what is wrong, and gives \a status.
-int Refuse(const std::string& problem, int status = kBadInput);
+/// Writes \a problem to standard error and returns \a status.
+int Refuse(const std::string& problem, int status = kTrouble);
 
-// The commands, each with the command line of main; they give the exit status.
+// The commands.  Each takes the command line of main and returns the exit status.
 int RunCommand(int argc, char** argv);
 int ServeCommand(int argc, char** argv);
 int RequestCommand(int argc, char** argv);

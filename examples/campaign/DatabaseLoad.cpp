@@ -14,7 +14,7 @@
 namespace campaign {
 namespace {
 
-// Neither a shell nor the loader sees more in these than characters of a word.
+// Characters that mean nothing special to a shell or to the loader.
 constexpr std::string_view kPlain =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-.:+=%#!";
 
@@ -26,23 +26,23 @@ bool IsPlain(std::string_view text, std::string_view alsoAllowed) {
   return !text.empty();
 }
 
-// What follows prefix; false if text does not start with it.
-bool IsBehind(std::string_view prefix, const std::string& text, std::string* rest) {
+// Stores what follows prefix; false if text does not start with it.
+bool TakeAfter(std::string_view prefix, const std::string& text, std::string* rest) {
   if (!text.starts_with(prefix)) return false;
   *rest = text.substr(prefix.size());
   return true;
 }
 
-// The messages name no source: one who lets the shell put the password there would have it shown.
+// The messages name no source: by mistake it may be the password itself.
 std::string TakePassword(const std::string& given, std::string* password) {
   std::string source;
-  if (IsBehind("env:", given, &source)) {
+  if (TakeAfter("env:", given, &source)) {
     char* const value = getenv(source.c_str());
     if (value == nullptr) return "the environment variable that holds the password is not set";
     *password = value;
-    explicit_bzero(value, strlen(value));  // /proc would show it still
+    explicit_bzero(value, strlen(value));  // /proc still shows the place
     unsetenv(source.c_str());
-  } else if (IsBehind("file:", given, &source)) {
+  } else if (TakeAfter("file:", given, &source)) {
     std::ifstream file(source);
     if (!std::getline(file, *password)) return "cannot read the file that holds the password";
     if (password->ends_with('\r')) password->pop_back();
@@ -56,20 +56,21 @@ std::string TakePassword(const std::string& given, std::string* password) {
 
 std::string CheckPlainPath(const std::string& path) {
   if (IsPlain(path, "/@")) return "";
-  return "the database loader cannot be given a file named '" + path + "'";
+  return "the database loader cannot be given a file named '" + path +
+         "': use letters, digits and _-.:+=%#!/@ only";
 }
 
 std::string DatabaseLoad::Prepare(const std::vector<std::string>& words) {
   std::string problem = CheckPlainPath(words[0]);
   if (problem.empty()) problem = TakePassword(words[2], &_password);
   if (!problem.empty()) return problem;
-  // Not quoted either: with its values out of order, one of the others is the password.
+  // Not quoted: with the values in a wrong order, any of them may be the password.
   constexpr const char* kUnusable =
-      " is empty or holds characters that cannot be given to the database loader";
+      " is empty or holds characters other than letters, digits and _-.:+=%#!";
   if (!IsPlain(words[1], "")) return std::string("the user") + kUnusable;
   if (!IsPlain(_password, "")) return std::string("the password") + kUnusable;
   if (!IsPlain(words[3], "/")) return std::string("the connection") + kUnusable;
-  if (getenv("PATH") == nullptr) return "PATH is not set, so the database loader is not found";
+  if (getenv("PATH") == nullptr) return "PATH is not set, so sqlldr cannot be found";
   std::ifstream control;
   problem = OpenInput(words[0], &control);
   if (!problem.empty()) return problem;
@@ -82,11 +83,10 @@ std::string DatabaseLoad::Prepare(const std::vector<std::string>& words) {
 std::string DatabaseLoad::Load(const std::string& dataFile) const {
   std::string problem = CheckPlainPath(dataFile);
   if (!problem.empty()) return problem;
-  fflush(stdout);  // the loader writes there too
   TAOracleDatabase database{VorString(_user), VorString(_password), VorString(_connection)};
   const int status = database.SQLLoader(_control.c_str(), dataFile.c_str());
   if (status == 0) return "";
-  return "the database loader failed: " +
+  return "the database loader sqlldr failed: " +
          (WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
                             : "wait status " + std::to_string(status));
 }

@@ -6,24 +6,25 @@
 
 namespace campaign {
 
-/// Hands files of records to the loader program of a database.
+/// Runs the loader program of a database on files of records.
 ///
-/// The loader gets its arguments, the password among them, through a shell on a command line that
-/// others can see; whatever a shell would take for more than a plain word is refused.
+/// The loader gets its arguments, which include the password, through a shell and on a command line
+/// that other users can see.  Anything but one plain word of the shell is refused.
 class DatabaseLoad {
  public:
-  /// Takes the control file, user, password and connection, in this order.  A password of the form
-  /// env:NAME is the value of that environment variable, which is then wiped out of the environment
-  /// so that tests do not see it; file:PATH is the first line of that file.  Returns "" or one line
-  /// that says what is wrong.  It quotes no value but the file, so that the password is not shown
-  /// even if a shell put it behind env: or it stands in the place of the user.
+  /// Takes the control file, user, password and connection, in this order.  A password env:NAME is
+  /// the value of that environment variable, which is then removed so that tests do not see it;
+  /// file:PATH is the first line of that file.
+  ///
+  /// Returns "" or one line with the problem.  The line quotes only the name of the control file:
+  /// any other value can be the password by mistake, for example after env: if a shell replaced a
+  /// variable.
   std::string Prepare(const std::vector<std::string>& words);
 
   /// True if Prepare has succeeded.
   bool IsWanted() const { return !_control.empty(); }
 
-  /// Loads \a dataFile and waits until that has ended.  Returns "" or one line that says what went
-  /// wrong.
+  /// Loads \a dataFile and waits for the end.  Returns "" or one line with the reason of a failure.
   std::string Load(const std::string& dataFile) const;
 
  private:
@@ -33,7 +34,7 @@ class DatabaseLoad {
   std::string _connection;
 };
 
-/// "" if a shell takes \a path for one plain word, else one line that says that it does not.
+/// Returns "" if \a path is one plain word for a shell, else one line with the problem.
 std::string CheckPlainPath(const std::string& path);
 
 }  // namespace campaign

@@ -7,10 +7,11 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "Options.h"
+#include "Output.h"
+#include "OutputFile.h"
 
 namespace campaign {
 namespace {
@@ -21,7 +22,7 @@ std::string Quoted(const std::string& text) {
   return quoted + "\"";
 }
 
-// One line for each test: name, result, return code, seconds and the code of the responsible.
+// One line for each test: name, result, return code, seconds, code of the responsible.
 std::string ToRecords(const std::vector<TestResult>& results, const Owners& owners) {
   std::string text;
   for (const TestResult& result : results) {
@@ -34,33 +35,33 @@ std::string ToRecords(const std::vector<TestResult>& results, const Owners& owne
   return text;
 }
 
-// Before anything runs: results that cannot be loaded should not cost a campaign.
-std::string CheckTemporaryFolder() {
-  std::error_code error;
-  const std::string folder = std::filesystem::temp_directory_path(error);
-  if (error) return "no folder for temporary files: " + error.message();
-  return CheckPlainPath(folder);
-}
-
 /// A file that is removed at the end of its scope.
 class TemporaryFile {
  public:
   TemporaryFile() {
-    std::error_code ignored;
-    _path = std::filesystem::temp_directory_path(ignored) / "campaign_XXXXXX.csv";
-    const int file = mkstemps(_path.data(), static_cast<int>(strlen(".csv")));
-    if (file < 0) _path.clear();
-    if (file >= 0) close(file);
+    std::error_code error;
+    _path = std::filesystem::temp_directory_path(error) / "campaign_XXXXXX.csv";
+    const int file = error ? -1 : mkstemps(_path.data(), static_cast<int>(strlen(".csv")));
+    if (file >= 0) {
+      close(file);
+      return;
+    }
+    _problem = error ? "no directory for temporary files, set TMPDIR to one: " + error.message()
+                     : "cannot write " + _path + ": " + strerror(errno) +
+                           ": set TMPDIR to another directory";
+    _path.clear();
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() { unlink(_path.c_str()); }
 
-  /// "" if it could not be made, errno then tells why.
   const std::string& Path() const { return _path; }
+  /// "" or one line that says why there is no such file.
+  const std::string& Problem() const { return _problem; }
 
  private:
   std::string _path;
+  std::string _problem;
 };
 
 }  // namespace
@@ -73,17 +74,21 @@ std::string Followup::Prepare(const Options& options) {
   }
   if (problem.empty() && !options.load.empty()) {
     problem = _database.Prepare(options.load);
-    if (!options.resultsFolder.empty()) _resultsFile = options.resultsFolder + "/campaign.csv";
+    if (!options.resultsDirectory.empty())
+      _resultsFile = options.resultsDirectory + "/campaign.csv";
     if (problem.empty()) {
-      problem = _resultsFile.empty() ? CheckTemporaryFolder() : CheckPlainPath(_resultsFile);
+      // Checked now, so that the campaign does not run in vain.
+      const TemporaryFile trial;
+      problem = !_resultsFile.empty()      ? CheckPlainPath(_resultsFile)
+                : !trial.Problem().empty() ? trial.Problem()
+                                           : CheckPlainPath(trial.Path());
     }
   }
   return problem;
 }
 
 std::string Followup::Apply(const std::vector<TestResult>& results) const {
-  if (_hasOwners) fputs(_owners.ListFailures(results).c_str(), stdout);
-  fflush(stdout);
+  if (_hasOwners) Print(_owners.ListFailures(results));
   const bool isComplete =
       Count(results, Outcome::kInterrupted) == 0 && Count(results, Outcome::kNotRun) == 0;
   if (!_database.IsWanted() || results.empty() || !isComplete) return "";
@@ -94,12 +99,9 @@ std::string Followup::LoadResults(const std::vector<TestResult>& results) const 
   const std::unique_ptr<TemporaryFile> temporary =
       _resultsFile.empty() ? std::make_unique<TemporaryFile>() : nullptr;
   const std::string path = temporary == nullptr ? _resultsFile : temporary->Path();
-  std::ofstream file;
-  if (!path.empty()) file.open(path, std::ios::binary);
-  file << ToRecords(results, _owners);
-  file.close();
-  if (!file) return "cannot write the results to load: " + std::string(strerror(errno));
-  return _database.Load(path);
+  if (path.empty()) return temporary->Problem();
+  const std::string problem = WriteWhole(path, ToRecords(results, _owners));
+  return problem.empty() ? _database.Load(path) : problem;
 }
 
 }  // namespace campaign

@@ -12,16 +12,17 @@ namespace campaign {
 
 struct Options;
 
-/// What becomes of the results of a campaign besides the report: whoever is responsible for a
-/// failure is named, and a database gets the results.
+/// The processing of the results of a campaign besides the report: failures are listed by
+/// responsible, and the results are loaded into a database.
 class Followup {
  public:
-  /// Reads what the options name, before anything runs.  Returns "" or one line that says what is
-  /// wrong.
+  /// Reads and checks the files that the options name, before any test runs.  Returns "" or one
+  /// line that says what is wrong.
   std::string Prepare(const Options& options);
 
-  /// Shows failures by responsible and loads the results, each if it is wanted.  Results that an
-  /// interrupt made incomplete are not loaded.  Returns "" or one line that says what went wrong.
+  /// Lists failures by responsible and loads the results, if the options request it.  After an
+  /// interrupt the results are incomplete and not loaded.  Returns "" or one line that says what
+  /// failed.
   std::string Apply(const std::vector<TestResult>& results) const;
 
  private:

@@ -9,10 +9,10 @@ namespace campaign {
 
 std::string OpenInput(const std::string& path, std::ifstream* file) {
   std::error_code ignored;
-  const bool isFolder = std::filesystem::is_directory(path, ignored);
-  if (!isFolder) file->open(path);
+  const bool isDirectory = std::filesystem::is_directory(path, ignored);
+  if (!isDirectory) file->open(path);
   if (file->is_open()) return "";
-  return "cannot read " + path + ": " + strerror(isFolder ? EISDIR : errno);
+  return "cannot read " + path + ": " + strerror(isDirectory ? EISDIR : errno);
 }
 
 }  // namespace campaign

@@ -6,8 +6,8 @@
 
 namespace campaign {
 
-/// Opens a file to be read.  Returns "" or one line that says why it cannot be; a folder, which a
-/// stream would take for an empty file, cannot.
+/// Opens a file to read it.  Returns "" or one line that says why it cannot be read.  A directory
+/// is refused; a stream would read it as an empty file.
 std::string OpenInput(const std::string& path, std::ifstream* file);
 
 }  // namespace campaign

@@ -7,10 +7,16 @@
 namespace campaign {
 namespace {
 
-volatile sig_atomic_t interrupted = 0;
+volatile sig_atomic_t interrupts = 0;
+volatile sig_atomic_t mostInterrupts = 1;  // that are only noted
 
-void NoteInterrupt(int) {
-  interrupted = 1;
+void NoteInterrupt(int number) {
+  if (interrupts >= mostInterrupts) {
+    signal(number, SIG_DFL);
+    raise(number);  // ends the process when this handler returns
+    return;
+  }
+  interrupts = interrupts + 1;
 }
 
 }  // namespace
@@ -18,13 +24,24 @@ void NoteInterrupt(int) {
 void CatchInterrupts() {
   struct sigaction action = {};
   action.sa_handler = NoteInterrupt;
-  action.sa_flags = SA_RESETHAND;
-  sigemptyset(&action.sa_mask);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+  sigfillset(&action.sa_mask);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction inherited = {};
+    sigaction(signal, nullptr, &inherited);
+    if (inherited.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+  }
 }
 
 bool IsInterrupted() {
-  return interrupted != 0;
+  return interrupts != 0;
+}
+
+InterruptDelay::InterruptDelay() {
+  mostInterrupts = 2;
+}
+
+InterruptDelay::~InterruptDelay() {
+  mostInterrupts = 1;
 }
 
 }  // namespace campaign

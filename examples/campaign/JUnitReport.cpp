@@ -13,40 +13,9 @@ namespace {
 
 constexpr std::streamoff kLogTail = 8192;  // bytes of a log file that are kept
 
-bool IsXmlCharacter(char32_t c) {
-  return c == '\t' || c == '\n' || c == '\r' || (c >= 0x20 && c < 0xD800) ||
-         (c >= 0xE000 && c != 0xFFFE && c != 0xFFFF);
-}
-
-// Not substituteEntities, which also turns the word "toreplace" into an entity; and characters
-// that XML does not allow have to go.
-std::string Escaped(const std::string& text) {
-  const VorUnicodeString characters(text.c_str());
-  std::string escaped;
-  for (int i = 0; i < characters.GetLengthInChar(); ++i) {
-    const VorUnicodeChar c = characters[i];
-    switch (c.GetCodePoint()) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        escaped += IsXmlCharacter(c.GetCodePoint()) ? VorUnicodeString(c, 1).CastToCharPtr() : "?";
-    }
-  }
-  return escaped;
-}
-
 std::string Attribute(const char* name, const std::string& value) {
-  return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
+  return std::string(" ") + name + "=\"" +
+         std::string(EscapeXmlAttribute(VorString(value)).View()) + "\"";
 }
 
 std::string Seconds(double seconds) {
@@ -71,11 +40,11 @@ std::string LogTail(const std::string& path) {
   std::string tail(static_cast<std::size_t>(std::min(size, kLogTail)), '\0');
   file.seekg(size - static_cast<std::streamoff>(tail.size()));
   file.read(tail.data(), static_cast<std::streamsize>(tail.size()));
-  std::replace(tail.begin(), tail.end(), '\0', ' ');
+  tail.resize(static_cast<std::size_t>(file.gcount()));  // 0 of a directory
   return tail;
 }
 
-// A name of the form a/b belongs to the class a.
+// The class of a test named a/b is a.
 std::string ClassName(const std::string& name) {
   const std::size_t slash = name.rfind('/');
   return slash == std::string::npos ? "campaign" : name.substr(0, slash);
@@ -91,7 +60,7 @@ std::string TestCase(const TestResult& result) {
     text += "      <skipped" + Attribute("message", Describe(result)) + "/>\n";
   } else {
     text += "      <failure" + Attribute("message", Describe(result)) + ">" +
-            Escaped(LogTail(result.logFile)) + "</failure>\n";
+            std::string(EscapeXml(VorString(LogTail(result.logFile))).View()) + "</failure>\n";
   }
   return text + "    </testcase>\n";
 }

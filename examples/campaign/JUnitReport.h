@@ -8,8 +8,9 @@
 
 namespace campaign {
 
-/// The results in the XML form that continuous-integration servers read.  A test that did not pass
-/// carries the end of its log file.  The text is well-formed whatever bytes names and logs hold.
+/// The results as the JUnit XML that continuous-integration servers read.  A test that failed
+/// carries the end of its log.  The text is well-formed whatever bytes names and logs hold.
+/// \a seconds is the time of the whole campaign.
 std::string MakeJUnitReport(const std::vector<TestResult>& results, double seconds);
 
 }  // namespace campaign

@@ -18,7 +18,7 @@ constexpr unsigned kRun = 1, kServe = 2, kRequest = 4;
 struct Known {
   const char* name;
   unsigned commands;  // that take it
-  unsigned needs;     // that cannot do without it
+  unsigned needs;     // that require it
   const char* value;  // as the help names it
   std::string Options::*text;
   int Options::*number;
@@ -31,19 +31,19 @@ constexpr Known kKnown[] = {
     {"tests", kRun | kServe, kRun | kServe, "FILE", &Options::testList, nullptr},
     {"jobs", kRun | kServe, 0, "N", nullptr, &Options::jobs, 1},
     {"timeout", kRun | kServe | kRequest, 0, "SECONDS", nullptr, &Options::timeout},
-    {"results", kRun | kServe, 0, "DIR", &Options::resultsFolder, nullptr},
+    {"results", kRun | kServe, 0, "DIR", &Options::resultsDirectory, nullptr},
     {"junit", kRun, 0, "FILE", &Options::junitFile, nullptr},
     {"host", kRequest, kRequest, "HOST", &Options::host, nullptr},
     {"port", kServe | kRequest, kServe | kRequest, "PORT", nullptr, &Options::port, 0, 65535},
     {"requests", kServe, 0, "N", nullptr, &Options::requests},
     {"token", kServe | kRequest, 0, "FILE", &Options::tokenFile, nullptr},
-    {"out", kRequest, 0, "DIR", &Options::outFolder, nullptr},
+    {"out", kRequest, 0, "DIR", &Options::outDirectory, nullptr},
     {"owners", kRun | kServe, 0, "ORG KVR", nullptr, nullptr, 0, 0, &Options::owners},
     {"load", kRun | kServe, 0, "CONTROL USER PASSWORD CONNECTION", nullptr, nullptr, 0, 0,
      &Options::load},
 };
 
-// What getopt gives for an option: its place in kKnown, behind these.
+// The values that getopt returns for options: these, then one for each position in kKnown.
 constexpr int kHelp = 1000;
 constexpr int kFirstKnown = 1001;
 
@@ -70,7 +70,7 @@ std::string Store(const Known& known, std::string_view text, Options* options) {
          std::to_string(known.smallest) + upTo + ", not '" + std::string(text) + "'";
 }
 
-// Takes the values of an option that has several, of which getopt has taken the first.
+// Stores the values of an option with several values; getopt has read the first.
 std::string TakeWords(const Known& known, int argc, char** argv, Options* options) {
   const std::string_view names = known.value;
   auto left = std::count(names.begin(), names.end(), ' ');
@@ -89,81 +89,95 @@ constexpr const char* kRunHelp =
     "\n"
     "Runs the tests of FILE whose names EXPRESSION selects, several at once.\n"
     "\n"
-    "  --tests FILE      the list: one test a line, 'name command...'; lines that\n"
-    "                    begin with # and empty lines are comments.  The command is\n"
-    "                    split at blanks, double quotes hold an argument together;\n"
-    "                    no shell is involved\n"
+    "  --tests FILE      the list, one test a line: 'name command...'.  Empty lines and\n"
+    "                    lines that begin with # are comments.  The command is split at\n"
+    "                    blanks, and double quotes keep an argument together; no shell\n"
+    "                    reads it.  The input of a test is /dev/null\n"
     "  --jobs N          tests that run at once (default: one for each processor)\n"
-    "  --timeout SECONDS kill a test with all its processes after this time, with\n"
-    "                    result 99 (default: 0, no limit)\n"
-    "  --results DIR     keep the output of each test in DIR/name.log (default: it is\n"
-    "                    thrown away)\n"
-    "  --junit FILE      write the results as JUnit XML too\n"
-    "  --owners ORG KVR  list the failures by responsible: the test framework/module\n"
-    "                    belongs to the one whom the file KVR names for that module, or\n"
-    "                    else for that framework; the file ORG has a line for each\n"
+    "  --timeout SECONDS kill a test with all its processes after this time; its return\n"
+    "                    code is then 99 (default: 0, no limit).  A process whose parent\n"
+    "                    has ended does not belong to a test any more\n"
+    "  --results DIR     keep the output of each test in DIR/name.log (default: discard it)\n"
+    "  --junit FILE      also write the results as JUnit XML, after all tests have ended\n"
+    "  --owners ORG KVR  list the failures by responsible.  A test is named\n"
+    "                    framework/module.  The file KVR names the responsible of a module\n"
+    "                    or a framework; the file ORG has a line for each responsible\n"
     "  --load CONTROL USER PASSWORD CONNECTION\n"
-    "                    load the results into a database: sqlldr gets CONTROL and a file\n"
-    "                    with a line 'name,result,return code,seconds,responsible' for\n"
-    "                    each test, name and responsible in double quotes; it is kept as\n"
-    "                    DIR/campaign.csv with --results DIR.  PASSWORD is env:NAME for\n"
-    "                    the value of an environment variable, file:PATH for the first\n"
-    "                    line of a file, or the password itself, which others can see as\n"
-    "                    long as the campaign runs.  While sqlldr runs, other users of\n"
-    "                    this machine can see the password among its arguments anyway\n"
-    "  --help            show this text\n";
+    "                    load the results into a database with sqlldr, which gets CONTROL\n"
+    "                    and a file with one line for each test: 'name,result,return\n"
+    "                    code,seconds,responsible', name and responsible in double quotes.\n"
+    "                    With --results DIR that file is kept as DIR/campaign.csv.\n"
+    "                    PASSWORD is env:NAME for the value of an environment variable,\n"
+    "                    file:PATH for the first line of a file, or the password itself,\n"
+    "                    which other users can see while the campaign runs.  While sqlldr\n"
+    "                    runs, they can see any password among its arguments\n"
+    "  --help            show this text\n"
+    "\n"
+    "The result of a test is one of these.  Only 'passed' counts as passed.\n"
+    "\n"
+    "  passed            it ended with return code 0\n"
+    "  failed (N)        it ended with return code N, or was killed by signal N\n"
+    "  timed out (99)    it was killed because it exceeded its time limit\n"
+    "  not found         there is no such program (return code 127)\n"
+    "  not executable    the program cannot be executed (126)\n"
+    "  not started       the system could not start it, or its log cannot be written (125)\n"
+    "  lost              it ran, but how it ended is not known (124)\n"
+    "  interrupted       it was killed because the campaign was interrupted\n"
+    "  not run           the campaign was interrupted before it started\n";
 
 constexpr const char* kServeHelp =
     "usage: campaign serve --port PORT --tests FILE [OPTION]...\n"
     "\n"
-    "Runs tests of FILE for whoever asks with 'campaign request', one request after the\n"
-    "other, and sends back the results and the output of each test.\n"
+    "Runs tests of FILE for 'campaign request', one request after the other, and sends\n"
+    "back the results and the output of each test.\n"
     "\n"
-    "Anyone who reaches the port can have these tests run, unless there is a token.  The\n"
+    "Anyone who reaches the port can run these tests, unless there is a token.  The\n"
     "transport is NOT ENCRYPTED: requests, the token and the results can be read on the\n"
     "network.\n"
     "\n"
-    "A requester has 10 seconds and 1 MiB to say what it wants.  A selection whose results\n"
-    "could be more than an answer holds, 1 MiB as well, is refused before any test runs.\n"
-    "Who is refused gets no answer; the reason is shown here.\n"
+    "A request must arrive within 10 seconds and have at most 1 MiB.  It is refused before\n"
+    "any test runs if its results could exceed 1 MiB.  The reason of a refusal is shown\n"
+    "here; the requester gets no answer.\n"
     "\n"
-    "  --port PORT       where to listen, on all addresses; 0 for any free port, which\n"
-    "                    is shown\n"
+    "  --port PORT       the port to listen on, at all addresses; 0 for any free port,\n"
+    "                    which is shown\n"
     "  --tests FILE, --jobs N, --timeout SECONDS, --owners ORG KVR,\n"
     "  --load CONTROL USER PASSWORD CONNECTION\n"
     "                    as for 'campaign run'\n"
     "  --results DIR     keep the output in DIR/name.log (default: only while it is sent)\n"
-    "  --requests N      end after this many requests, with those that fail (default: 0,\n"
-    "                    go on)\n"
+    "  --requests N      end after this many requests, failed ones included (default: 0,\n"
+    "                    no limit)\n"
     "  --token FILE      refuse requests that do not carry the content of this file\n"
     "  --help            show this text\n"
     "\n"
-    "Exit status: 0 ended, 1 interrupted, 2 wrong usage, unreadable input or no port.\n";
+    "Exit status: 0 ended after N requests, 1 interrupted, 2 wrong usage, unreadable input,\n"
+    "unwritable output or no port.\n";
 
 constexpr const char* kRequestHelp =
     "usage: campaign request --host HOST --port PORT [OPTION]... EXPRESSION\n"
     "\n"
-    "Has the tests that EXPRESSION selects run by a 'campaign serve', and shows the\n"
+    "Asks a 'campaign serve' to run the tests that EXPRESSION selects, and shows the\n"
     "results.  The transport is NOT ENCRYPTED.\n"
     "\n"
     "  --host HOST --port PORT\n"
-    "                    where the server is\n"
-    "  --timeout SECONDS keep trying to reach the server, and wait for the results, for\n"
-    "                    this time each (default: one attempt, no limit on the results);\n"
-    "                    the outputs may then take as long as they go on arriving\n"
-    "  --out DIR         store the output of each test in DIR/name.log\n"
-    "  --token FILE      carry the content of this file, as the server wants\n"
+    "                    the address of the server\n"
+    "  --timeout SECONDS try to reach the server for this time, and wait for the results\n"
+    "                    for this time (default: one attempt, no limit on the results).\n"
+    "                    The transfer of the outputs has no limit while bytes arrive\n"
+    "  --out DIR         store the output of each test in DIR/name.log (default: discard\n"
+    "                    it)\n"
+    "  --token FILE      send the content of this file, which the server must have too\n"
     "  --help            show this text\n";
 
 constexpr const char* kExpressionHelp =
     "\n"
-    "EXPRESSION is made of patterns in which * stands for any text, of && or ||, !\n"
-    "and parentheses: '*' is everything, 'unit/*&&!*slow*' the quick unit tests.\n"
+    "EXPRESSION combines patterns with && or ||, ! and parentheses.  In a pattern, * stands\n"
+    "for any text: '*' selects every test, 'unit/*&&!*slow*' the quick unit tests.\n"
     "\n";
 
 constexpr const char* kStatusHelp =
-    "Exit status: 0 all passed, 1 some did not, 2 wrong usage, unreadable input or no test\n"
-    "selected";
+    "Exit status: 0 all passed, 1 some did not pass, 2 wrong usage, unreadable input,\n"
+    "unwritable output, no test selected";
 
 }  // namespace
 
@@ -171,11 +185,13 @@ std::string HelpFor(Command command) {
   if (command == Command::kServe) return kServeHelp;
   if (command == Command::kRequest) {
     return std::string(kRequestHelp) + kExpressionHelp + kStatusHelp +
-           ", 3 the server could not be reached, refused or broke off.\n";
+           ",\n3 no connection to the server, request refused, or connection lost.\n";
   }
   return std::string(kRunHelp) + kExpressionHelp +
-         "Ctrl-C kills every running test with its processes and still shows the results.\n\n" +
-         kStatusHelp + ",\nor results that could not be written or loaded.\n";
+         "Ctrl-C kills every running test with its processes and still shows the results.  The\n"
+         "same happens if nobody reads the output any more, as in\n"
+         "'campaign run ... | head -1'.\n\n" +
+         kStatusHelp + " or results that could not be loaded.\n";
 }
 
 std::string ParseOptions(Command command, int argc, char** argv, Options* options) {
@@ -191,6 +207,7 @@ std::string ParseOptions(Command command, int argc, char** argv, Options* option
 
   unsigned long given = 0;  // bits by place in kKnown
   opterr = 0;
+  optind = 2;  // getopt ends at the command itself if POSIXLY_CORRECT is set
   for (int found; (found = getopt_long(argc, argv, ":", accepted.data(), nullptr)) != -1;) {
     if (found == kHelp) {
       options->wantsHelp = true;
@@ -198,7 +215,7 @@ std::string ParseOptions(Command command, int argc, char** argv, Options* option
     }
     if (found == ':') return std::string(argv[optind - 1]) + " needs a value";
     if (found < kFirstKnown) {
-      // A letter need not end its word, and getopt then stands behind the word before.
+      // If the letter is not the last of its word, optind is still the index of that word.
       const bool isLetter = optopt > 0 && optopt < kHelp;
       return "unknown option " +
              (isLetter ? std::string{'-', static_cast<char>(optopt)} : argv[optind - 1]);
@@ -215,10 +232,13 @@ std::string ParseOptions(Command command, int argc, char** argv, Options* option
     return "--" + std::string(kKnown[i].name) + " " + kKnown[i].value + " is missing";
   }
 
-  const int words = argc - optind - 1;  // without the command itself
+  const int words = argc - optind;
   if (command == Command::kServe) return words == 0 ? "" : "serve takes no expression";
-  if (words != 1) return words < 1 ? "the expression is missing" : "more than one expression";
-  options->expression = argv[optind + 1];
+  if (words != 1) {
+    return words < 1 ? "the expression is missing: '*' selects every test"
+                     : "more than one expression: quote it, '...'";
+  }
+  options->expression = argv[optind];
   return "";
 }
 

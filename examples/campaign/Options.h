@@ -10,15 +10,15 @@ namespace campaign {
 
 enum class Command { kRun, kServe, kRequest };
 
-/// What a command line says.  Each command uses some of it.
+/// The values of a command line.  Each command uses some of them.
 struct Options {
   std::string testList;
   std::string expression;
-  std::string resultsFolder;  ///< "" if output is not kept
-  std::string junitFile;      ///< "" for none
+  std::string resultsDirectory;  ///< "" if output is not kept
+  std::string junitFile;         ///< "" for none
   std::string host;
   std::string tokenFile;            ///< "" for none
-  std::string outFolder;            ///< "" if result files are thrown away
+  std::string outDirectory;         ///< "" if result files are thrown away
   std::vector<std::string> owners;  ///< organisation file and KVR file; empty for none
   std::vector<std::string> load;    ///< as DatabaseLoad::Prepare takes them; empty for no load
   int port = 0;
@@ -33,8 +33,8 @@ struct Options {
 /// The help text of a command.
 std::string HelpFor(Command command);
 
-/// Reads the arguments behind `campaign`, the first one being the command.  Returns "" or one line
-/// that says what is wrong with them.
+/// Reads the arguments after `campaign`, the first of which is the command.  Returns "" or one line
+/// with the problem.
 std::string ParseOptions(Command command, int argc, char** argv, Options* options);
 
 }  // namespace campaign

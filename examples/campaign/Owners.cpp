@@ -3,17 +3,19 @@
 #include <map>
 
 #include "InputFile.h"
+#include "Output.h"
 
 namespace campaign {
 
-// Null texts where nobody is known.
+// Null texts if nobody is known.
 struct Owners::Owner {
   const char* code;
   const char* line;
 };
 
 std::string Owners::Load(const std::string& orgFile, const std::string& kvrFile) {
-  // The library takes a file that cannot be read for an empty one; a campaign should not.
+  // The library treats an unreadable file as an empty one, so no responsible would be found and no
+  // error shown.
   for (const std::string& path : {orgFile, kvrFile}) {
     std::ifstream file;
     const std::string problem = OpenInput(path, &file);
@@ -42,14 +44,14 @@ std::string Owners::CodeOf(const std::string& test) const {
 }
 
 std::string Owners::ListFailures(const std::vector<TestResult>& results) const {
-  std::map<std::string, std::string> tests;  // of each responsible, whose heading is the key
+  std::map<std::string, std::string> tests;  // by heading of the responsible
   std::string nobodys;
   for (const TestResult& result : results) {
     if (result.outcome == Outcome::kPassed || result.outcome == Outcome::kNotRun) continue;
     const Owner owner = Find(result.name);
     const char* const line = owner.line == nullptr ? "(not in the organisation file)" : owner.line;
     std::string& list =
-        owner.code == nullptr ? nobodys : tests[std::string(owner.code) + "  " + line];
+        owner.code == nullptr ? nobodys : tests[Printable(std::string(owner.code) + "  " + line)];
     list += "  " + result.name + ": " + Describe(result) + "\n";
   }
   std::string text;

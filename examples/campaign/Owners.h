@@ -9,20 +9,20 @@
 
 namespace campaign {
 
-/// Who is responsible for which tests.  A test of the name framework/module belongs to whoever is
-/// responsible for that module, or else for that framework; what follows the first slash is the
-/// module.
+/// Finds the responsible of each test.  A test is named framework/module, where the module is all
+/// that follows the first slash.  It belongs to the responsible of its module, or else to that of
+/// its framework.
 class Owners {
  public:
   /// Reads the organisation file and the KVR file (see VorFwModRespHelper).  Returns "" or one line
-  /// that says which one cannot be read.
+  /// that says which of them cannot be read, and why.
   std::string Load(const std::string& orgFile, const std::string& kvrFile);
 
-  /// The code of the one responsible for a test; "" if none is known.
+  /// The code of a test's responsible; "" if none is known.
   std::string CodeOf(const std::string& test) const;
 
-  /// The tests that ran and did not pass, by responsible: code, line of the organisation file,
-  /// tests.  "" if there are none.
+  /// The tests that did not pass, by responsible: code and line of the organisation file, then the
+  /// tests.  Tests that did not run because of an interrupt are left out.  "" if there are none.
   std::string ListFailures(const std::vector<TestResult>& results) const;
 
  private:

@@ -3,6 +3,8 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include "Output.h"
+
 namespace campaign {
 namespace {
 
@@ -10,8 +12,9 @@ constexpr const char* kClearLine = "\r\033[K";
 
 }  // namespace
 
-Progress::Progress(int total)
+Progress::Progress(int total, Watcher watcher)
     : _total(total),
+      _watcher(watcher),
       _isLive(isatty(STDOUT_FILENO) != 0),
       _start(std::chrono::steady_clock::now()) {}
 
@@ -19,9 +22,10 @@ void Progress::Report(const TestResult& result) {
   ++_done;
   if (result.outcome != Outcome::kPassed) ++_failed;
   if (_isLive) return;
-  printf("[%d/%d] %s: %s, %.2f s\n", _done, _total, result.name.c_str(), Describe(result).c_str(),
-         result.seconds);
-  fflush(stdout);
+  char seconds[32];
+  snprintf(seconds, sizeof seconds, "%.2f", result.seconds);
+  Print("[" + std::to_string(_done) + "/" + std::to_string(_total) + "] " + result.name + ": " +
+        Describe(result) + ", " + seconds + " s\n");
 }
 
 void Progress::Show(int running) {
@@ -34,15 +38,17 @@ void Progress::Show(int running) {
            _failed, static_cast<long long>(elapsed / 60), static_cast<long long>(elapsed % 60));
   if (_shown == line) return;
   _shown = line;
-  printf("%s%s", kClearLine, line);
-  fflush(stdout);
+  Print(kClearLine + _shown);
 }
 
 void Progress::Finish() {
   if (!_isLive || _shown.empty()) return;
-  printf("%s", kClearLine);
-  fflush(stdout);
+  Print(kClearLine);
   _shown.clear();
+}
+
+bool Progress::IsSeen() const {
+  return _watcher == Watcher::kRequester || !HasReaderGone();
 }
 
 }  // namespace campaign

@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -17,12 +18,26 @@ namespace campaign {
 namespace {
 
 constexpr std::size_t kLongestToken = 4096;
-constexpr int kTimeoutCode = 99;
 constexpr std::size_t kLongestAnswer = kSocketBuffer - 5;  // that the buffer takes as one block
-constexpr int kFields = 3;                                 // of a result
+constexpr int kFields = 4;                                 // of a result
 constexpr double kLongestTest = 999999999;                 // seconds: thirty years
-// What goes with a name into an answer at most: return code, seconds, a blank behind each.
-constexpr std::size_t kLongestFields = sizeof "256" + sizeof "999999999.00" + 1;
+// The largest size of the fields after a name in an answer, each with a blank.
+constexpr std::size_t kLongestFields =
+    sizeof "not-executable" + sizeof "256" + sizeof "999999999.00" + 1;
+
+std::string WireWord(Outcome outcome) {
+  std::string word = Word(outcome);
+  std::replace(word.begin(), word.end(), ' ', '-');
+  return word;
+}
+
+bool ParseOutcome(std::string_view word, Outcome* outcome) {
+  for (const Outcome known : kOutcomes) {
+    *outcome = known;
+    if (WireWord(known) == word) return true;
+  }
+  return false;
+}
 
 template <typename Number>
 bool ParseNumber(std::string_view text, Number* number) {
@@ -32,6 +47,13 @@ bool ParseNumber(std::string_view text, Number* number) {
 
 }  // namespace
 
+std::string Reason(const TASocket& socket) {
+  std::string text = socket.GetErrMsg();
+  text.erase(text.find_last_not_of(' ') + 1);  // one message ends with a blank
+  const int error = socket.GetErrno();
+  return error == 0 ? text : text + " (" + strerror(error) + ")";
+}
+
 std::string LoadToken(const std::string& path, std::string* token) {
   if (path.empty()) return "";
   std::ifstream file(path, std::ios::binary);
@@ -40,8 +62,8 @@ std::string LoadToken(const std::string& path, std::string* token) {
   token->erase(token->find_last_not_of("\r\n") + 1);
   const bool isText = token->find('\0') == std::string::npos;
   if (token->empty() || token->size() > kLongestToken || !isText) {
-    return path + " does not hold a token: text of 1 to " + std::to_string(kLongestToken) +
-           " bytes";
+    return path + " does not hold a token: a token is a text of 1 to " +
+           std::to_string(kLongestToken) + " bytes";
   }
   return "";
 }
@@ -77,6 +99,7 @@ void ListResults(const std::vector<TestResult>& results, VorListValVorString* an
     char seconds[32];
     snprintf(seconds, sizeof seconds, "%.2f", result.seconds);
     answer->Append(VorString(result.name));
+    answer->Append(VorString(WireWord(result.outcome)));
     answer->Append(VorString(std::to_string(result.returnCode)));
     answer->Append(VorString(seconds));
   }
@@ -89,13 +112,12 @@ bool ParseResults(const VorListValVorString& answer, std::vector<TestResult>* re
     TestResult result;
     result.name = std::string(answer[i].View());
     if (!IsSafeName(result.name) || !names.insert(result.name).second) return false;
-    if (!ParseNumber(answer[i + 1].View(), &result.returnCode)) return false;
-    if (!ParseNumber(answer[i + 2].View(), &result.seconds)) return false;
-    // Written so that what is no number is refused too.
+    if (!ParseOutcome(answer[i + 1].View(), &result.outcome)) return false;
+    if (!ParseNumber(answer[i + 2].View(), &result.returnCode)) return false;
+    if (!ParseNumber(answer[i + 3].View(), &result.seconds)) return false;
+    if ((result.outcome == Outcome::kPassed) != (result.returnCode == 0)) return false;
+    // Written so that NaN is refused too.
     if (std::signbit(result.seconds) || !(result.seconds <= kLongestTest)) return false;
-    result.outcome = result.returnCode == 0              ? Outcome::kPassed
-                     : result.returnCode == kTimeoutCode ? Outcome::kTimedOut
-                                                         : Outcome::kFailed;
     results->push_back(result);
   }
   return true;

@@ -7,42 +7,47 @@
 #include "TestList.h"
 #include "TestResult.h"
 
+class TASocket;
 class VorListValVorString;
 
 namespace campaign {
 
-// A request is one text block: the expression, after the token and a line end where there is a
-// token.  The answer is one block with a list of texts: name, return code and seconds of each test;
-// it is empty if the expression selects none.  The output files follow in the same order.  To a
-// request that is refused there is no answer: the server closes the connection.
+// A request is one text block: the token and a newline, if there is a token, and the expression.
+// The answer is one block with a list of four texts for each test: name, outcome, return code and
+// seconds; it is empty if the expression selects none.  An outcome is written as its words joined
+// by hyphens.  The output files follow in the same order, an empty one if the log could not be
+// written.  A refused request gets no answer: the server closes the connection.
 
-/// The write buffer of both ends, in bytes; it bounds the answer.
+/// The write buffer of both ends, in bytes.  It limits the size of an answer.
 constexpr int kSocketBuffer = 1 << 20;
 
-/// Seconds after which a peer that neither sends nor takes anything within a transfer is given up.
+/// Seconds without a byte in either direction after which a transfer is given up.
 constexpr int kStallLimit = 60;
 
-/// What a server takes of a requester before it gives up: seconds to say what it wants, and bytes.
+/// Limits of the request itself: seconds until it must have arrived, and its bytes.
 constexpr int kQuerySeconds = 10;
 constexpr int kQueryBytes = 1 << 20;
 
-/// Reads the token of a file, without line ends behind it; "" for no file.  Returns "" or one line
-/// that says what is wrong.
+/// Why the last operation of \a socket failed, with the reason of the system if there is one.
+std::string Reason(const TASocket& socket);
+
+/// Reads the token of a file, without the newlines at its end.  An empty path means no token.
+/// Returns "" or one line that says what is wrong.
 std::string LoadToken(const std::string& path, std::string* token);
 
 /// The text of a request.
 std::string MakeQuery(const std::string& token, const std::string& expression);
 
-/// Takes the expression out of a request; false if the request does not carry the token.  The time
-/// this takes tells nothing about the token.
+/// Extracts the expression from a request.  Returns false if the request does not contain the
+/// token.  The running time reveals nothing about the token.
 bool TakeExpression(const std::string& query, const std::string& token, std::string* expression);
 
-/// True if the results of \a tests fit into an answer, whatever they are.
+/// True if the results of \a tests fit into an answer, whatever their outcome.
 bool FitsAnswer(const std::vector<Test>& tests);
 
-/// Results as the elements of the answer, and back.  ParseResults gives false if this is no answer
-/// of a server, or one with names that cannot be file names or are there twice, or with a time that
-/// none can have taken.
+/// Results as the elements of the answer, and back.  ParseResults returns false if an honest server
+/// cannot have sent \a answer: a name is unsafe or repeated, an outcome unknown, a number
+/// malformed, a time impossible, or the return code contradicts the outcome.
 void ListResults(const std::vector<TestResult>& results, VorListValVorString* answer);
 bool ParseResults(const VorListValVorString& answer, std::vector<TestResult>* results);
 

@@ -7,6 +7,9 @@
 namespace campaign {
 namespace {
 
+// A longer name or result shifts only the rest of its own line.
+constexpr std::size_t kWidest = 48;
+
 std::string Seconds(double seconds) {
   char text[32];
   snprintf(text, sizeof text, "%.2f", seconds);
@@ -18,12 +21,6 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-void AddCount(const std::vector<TestResult>& results, Outcome outcome, const char* word,
-              std::string* line) {
-  const int count = Count(results, outcome);
-  if (count > 0) *line += ", " + std::to_string(count) + " " + word;
-}
-
 }  // namespace
 
 std::string MakeReport(const std::vector<TestResult>& results, double seconds) {
@@ -33,8 +30,8 @@ std::string MakeReport(const std::vector<TestResult>& results, double seconds) {
   std::size_t nameWidth = 4;
   std::size_t resultWidth = 6;
   for (const TestResult& result : sorted) {
-    nameWidth = std::max(nameWidth, result.name.size());
-    resultWidth = std::max(resultWidth, Describe(result).size());
+    nameWidth = std::max(nameWidth, std::min(result.name.size(), kWidest));
+    resultWidth = std::max(resultWidth, std::min(Describe(result).size(), kWidest));
   }
 
   std::string text =
@@ -45,10 +42,11 @@ std::string MakeReport(const std::vector<TestResult>& results, double seconds) {
   }
   std::string summary = std::to_string(results.size()) + (results.size() == 1 ? " test" : " tests");
   summary += ": " + std::to_string(Count(results, Outcome::kPassed)) + " passed";
-  AddCount(results, Outcome::kFailed, "failed", &summary);
-  AddCount(results, Outcome::kTimedOut, "timed out", &summary);
-  AddCount(results, Outcome::kInterrupted, "interrupted", &summary);
-  AddCount(results, Outcome::kNotRun, "not run", &summary);
+  for (const Outcome outcome : kOutcomes) {
+    const int count = Count(results, outcome);
+    if (outcome == Outcome::kPassed || count == 0) continue;
+    summary += ", " + std::to_string(count) + " " + Word(outcome);
+  }
   return text + "\n" + summary + ", in " + Seconds(seconds) + " s\n";
 }
 

@@ -8,8 +8,8 @@
 
 namespace campaign {
 
-/// A table of name, result and seconds, the slowest first, and a line that sums it up.
-/// \a seconds is what the whole campaign took.
+/// A table of name, result and seconds, the slowest test first, and a line of totals.
+/// \a seconds is the time of the whole campaign.
 std::string MakeReport(const std::vector<TestResult>& results, double seconds);
 
 }  // namespace campaign

@@ -1,9 +1,8 @@
-#include <stdio.h>
-
 #include <chrono>
 
 #include "Commands.h"
 #include "Options.h"
+#include "Output.h"
 #include "Protocol.h"
 #include "Report.h"
 #include "VorToolsInfrastructure.h"
@@ -11,37 +10,43 @@
 namespace campaign {
 namespace {
 
-// Sends the request and waits for the results; "" or what went wrong.
+// Sends the request and waits for the results.  Returns "" or one line that says what failed.
 std::string Ask(const Options& options, const std::string& token, TASocket& socket,
                 std::vector<TestResult>* results) {
   const std::string server = options.host + ":" + std::to_string(options.port);
   const VorString host(options.host);
   const int opened = options.timeout > 0 ? socket.OpenClient(host, options.port, options.timeout)
                                          : socket.OpenClient(host, options.port);
-  if (opened != 0) return server + ": " + socket.GetErrMsg();
+  if (opened != 0) return server + ": " + Reason(socket);
   VorListValVorString answer;
   socket.SetReadLimits(options.timeout, 0);
-  if (socket.PutBlock(VorString(MakeQuery(token, options.expression))) != 0 ||
-      socket.GetBlock(answer, options.timeout) != 0) {
-    return server + " gave no answer (" + socket.GetErrMsg() +
-           "); it may have refused the request or have ended";
+  int result = socket.PutBlock(VorString(MakeQuery(token, options.expression)));
+  if (result == 0) result = socket.GetBlock(answer, options.timeout);
+  if (result == 2) {
+    return server + " sent no results within " + std::to_string(options.timeout) +
+           " s: allow more time with --timeout";
   }
-  if (!ParseResults(answer, results)) return server + " gave an answer that is none";
-  return "";
+  if (result != 0) {
+    return server + " sent no results (" + Reason(socket) +
+           "): it refused the request or ended; its own output shows the reason";
+  }
+  if (ParseResults(answer, results)) return "";
+  return server + " sent something other than results: is it a campaign server of this version?";
 }
 
-// Receives the output files, which are in the order of the results.
-std::string Fetch(const std::string& folder, TASocket& socket, std::vector<TestResult>* results) {
+// Receives the output files, which come in the order of the results.
+std::string Fetch(const std::string& directory, TASocket& socket,
+                  std::vector<TestResult>* results) {
   socket.SetStallLimit(kStallLimit);
   socket.SetReadLimits(0, 0);  // outputs may be of any size
   for (TestResult& result : *results) {
     std::string file = "/dev/null";
-    if (!folder.empty()) {
-      std::string problem = MakeLogFile(result.name, folder, &file);
+    if (!directory.empty()) {
+      std::string problem = MakeLogFile(result.name, directory, &file);
       if (!problem.empty()) return problem;
     }
     if (socket.GetFile(VorString(file), kStallLimit) != 0) {
-      return "the output of " + result.name + " did not arrive: " + socket.GetErrMsg();
+      return "the output of " + result.name + " did not arrive: " + Reason(socket);
     }
   }
   return "";
@@ -54,11 +59,12 @@ int RequestCommand(int argc, char** argv) {
   std::string problem = ParseOptions(Command::kRequest, argc, argv, &options);
   if (!problem.empty()) return Refuse(problem + " (see campaign request --help)");
   if (options.wantsHelp) {
-    fputs(HelpFor(Command::kRequest).c_str(), stdout);
+    Print(HelpFor(Command::kRequest));
     return kAllPassed;
   }
   std::string token;
-  problem = LoadToken(options.tokenFile, &token);
+  problem = CheckExpression(options.expression);
+  if (problem.empty()) problem = LoadToken(options.tokenFile, &token);
   if (!problem.empty()) return Refuse(problem);
 
   const auto start = std::chrono::steady_clock::now();
@@ -67,11 +73,10 @@ int RequestCommand(int argc, char** argv) {
   problem = Ask(options, token, socket, &results);
   if (!problem.empty()) return Refuse(problem, kNoServer);
   if (results.empty()) return Refuse("'" + options.expression + "' selects no test of the server");
-  problem = Fetch(options.outFolder, socket, &results);
+  problem = Fetch(options.outDirectory, socket, &results);
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  fputs(MakeReport(results, seconds).c_str(), stdout);
-  fflush(stdout);
+  Print(MakeReport(results, seconds));
   if (!problem.empty()) return Refuse(problem, kNoServer);
   return AllPassed(results) ? kAllPassed : kSomeFailed;
 }

@@ -1,38 +1,40 @@
 #include <errno.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <filesystem>
-#include <iostream>
+#include <sstream>
 
 #include "Campaign.h"
 #include "Commands.h"
 #include "Followup.h"
 #include "Interrupt.h"
 #include "Options.h"
+#include "Output.h"
 #include "Progress.h"
 #include "Protocol.h"
+#include "Startup.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
 namespace {
 
-constexpr int kAcceptSeconds = 1;  // how long an interrupt may have to wait for the next request
+constexpr int kAcceptSeconds = 1;  // the longest delay of an interrupt
 
-/// The folder of the output files: the one that is asked for, or one that goes away again.
-class ResultsFolder {
+/// The directory of the output files: the wanted one, or a temporary one.
+class ResultsDirectory {
  public:
-  explicit ResultsFolder(const std::string& wanted) : _path(wanted) {
+  explicit ResultsDirectory(const std::string& wanted) : _path(wanted) {
     if (!wanted.empty()) return;
     std::error_code ignored;
     _path = std::filesystem::temp_directory_path(ignored) / "campaign_XXXXXX";
     _isOwn = mkdtemp(_path.data()) != nullptr;
-    if (!_isOwn) _problem = "cannot make " + _path + ": " + strerror(errno);
+    if (!_isOwn) _problem = "cannot make the directory " + _path + ": " + strerror(errno);
   }
-  ResultsFolder(const ResultsFolder&) = delete;
-  ResultsFolder& operator=(const ResultsFolder&) = delete;
-  ~ResultsFolder() {
+  ResultsDirectory(const ResultsDirectory&) = delete;
+  ResultsDirectory& operator=(const ResultsDirectory&) = delete;
+  ~ResultsDirectory() {
     std::error_code ignored;
     if (_isOwn) std::filesystem::remove_all(_path, ignored);
   }
@@ -58,11 +60,11 @@ class Server {
 
   int Run() {
     if (_socket.OpenServer(_options.port) != 0) {
-      return Refuse("port " + std::to_string(_options.port) + ": " + _socket.GetErrMsg());
+      return Refuse("port " + std::to_string(_options.port) + ": " + Reason(_socket));
     }
     CatchInterrupts();
-    printf("serving %zu tests on port %d\n", _tests.size(), _socket.GetPort());
-    fflush(stdout);
+    Print("serving " + std::to_string(_tests.size()) + " tests on port " +
+          std::to_string(_socket.GetPort()) + "\n");
     int served = 0;
     while (!IsInterrupted() && (_options.requests == 0 || served < _options.requests)) {
       TASocket peer(kSocketBuffer);
@@ -72,35 +74,35 @@ class Server {
       VorString query;
       const int result = _socket.GetQuery(kQuerySeconds, query, peer, kAcceptSeconds);
       if (result == 2) continue;
-      if (result != 0 && !peer.IsOpen()) return Refuse(_socket.GetErrMsg());
+      if (result != 0 && !peer.IsOpen()) return Refuse(Reason(_socket));
       ++served;
       _requests.Count(1);
-      const std::string problem = result != 0 ? peer.GetErrMsg() : Answer(query, peer);
-      if (!problem.empty()) printf("request failed: %s\n", problem.c_str());
-      TAPerfo::GlobalReport(std::cout);
-      std::cout.flush();
+      const std::string problem = result != 0 ? Reason(peer) : Answer(query, peer);
+      if (!problem.empty()) Print("request failed: " + problem + "\n");
+      std::ostringstream counters;
+      TAPerfo::GlobalReport(counters);
+      Print(counters.str());
     }
     return IsInterrupted() ? kSomeFailed : kAllPassed;
   }
 
  private:
-  // Serves one request; "" or why it failed, which concerns this one only.
+  // Serves one request.  Returns "" or why it failed, which does not end the server.
   std::string Answer(const VorString& query, TASocket& peer) {
     std::string expression;
     if (!TakeExpression(std::string(query.View()), _token, &expression)) {
-      return "refused, it does not carry the token";
+      return "it does not carry the token";
     }
     const std::vector<Test> selected = SelectTests(_tests, expression);
-    printf("request for %zu tests\n", selected.size());
-    fflush(stdout);
-    if (!FitsAnswer(selected)) return "refused, the results are more than an answer can hold";
-    const ResultsFolder folder(_options.resultsFolder);
+    Print("request for " + std::to_string(selected.size()) + " tests\n");
+    if (!FitsAnswer(selected)) return "its results could exceed the largest answer";
+    const ResultsDirectory directory(_options.resultsDirectory);
     std::vector<std::string> logFiles;
-    std::string problem = folder.Problem();
-    if (problem.empty()) problem = MakeLogFiles(selected, folder.Path(), &logFiles);
+    std::string problem = directory.Problem();
+    if (problem.empty()) problem = MakeLogFiles(selected, directory.Path(), &logFiles);
     if (!problem.empty()) return problem;
 
-    Progress progress(static_cast<int>(selected.size()));
+    Progress progress(static_cast<int>(selected.size()), Watcher::kRequester);
     std::vector<TestResult> results;
     if (!selected.empty()) {
       results = RunCampaign(selected, _options.GetLimits(), logFiles, &progress);
@@ -109,15 +111,20 @@ class Server {
     if (IsInterrupted()) return "interrupted";
     _testsRun.Count(static_cast<int>(results.size()));
     const std::string followupProblem = _followup.Apply(results);
-    if (!followupProblem.empty()) printf("%s\n", followupProblem.c_str());
+    if (!followupProblem.empty()) Print(followupProblem + "\n");
 
     VorListValVorString answer;
     ListResults(results, &answer);
-    if (peer.PutBlock(answer) != 0) return peer.GetErrMsg();
+    if (peer.PutBlock(answer) != 0) return Reason(peer);
     for (const TestResult& result : results) {
-      if (peer.PutFile(VorString(result.logFile)) != 0) return peer.GetErrMsg();
+      // A log that could not be written must not prevent the transfer of the others.
+      const bool isMissing =
+          result.outcome == Outcome::kNotStarted && access(result.logFile.c_str(), R_OK) != 0;
+      if (peer.PutFile(VorString(isMissing ? "/dev/null" : result.logFile)) != 0) {
+        return Reason(peer);
+      }
     }
-    return peer.Flush() == 0 ? "" : peer.GetErrMsg();
+    return peer.Flush() == 0 ? "" : Reason(peer);
   }
 
   const Options _options;
@@ -138,7 +145,7 @@ int ServeCommand(int argc, char** argv) {
   std::string problem = ParseOptions(Command::kServe, argc, argv, &options);
   if (!problem.empty()) return Refuse(problem + " (see campaign serve --help)");
   if (options.wantsHelp) {
-    fputs(HelpFor(Command::kServe).c_str(), stdout);
+    Print(HelpFor(Command::kServe));
     return kAllPassed;
   }
   std::vector<Test> tests;
@@ -147,6 +154,7 @@ int ServeCommand(int argc, char** argv) {
   if (problem.empty()) problem = LoadToken(options.tokenFile, &token);
   Followup followup;
   if (problem.empty()) problem = followup.Prepare(options);
+  if (problem.empty()) problem = DetachInput();
   if (!problem.empty()) return Refuse(problem);
   return Server(options, followup, std::move(tests), std::move(token)).Run();
 }

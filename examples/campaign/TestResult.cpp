@@ -12,6 +12,14 @@ std::string Word(Outcome outcome) {
       return "failed";
     case Outcome::kTimedOut:
       return "timed out";
+    case Outcome::kNotFound:
+      return "not found";
+    case Outcome::kNotExecutable:
+      return "not executable";
+    case Outcome::kNotStarted:
+      return "not started";
+    case Outcome::kLost:
+      return "lost";
     case Outcome::kInterrupted:
       return "interrupted";
     case Outcome::kNotRun:
@@ -21,8 +29,9 @@ std::string Word(Outcome outcome) {
 }
 
 std::string Describe(const TestResult& result) {
-  const bool tells = result.outcome == Outcome::kFailed || result.outcome == Outcome::kTimedOut;
-  return Word(result.outcome) + (tells ? " (" + std::to_string(result.returnCode) + ")" : "");
+  const bool hasCode = result.outcome == Outcome::kFailed || result.outcome == Outcome::kTimedOut;
+  const std::string detail = hasCode ? std::to_string(result.returnCode) : result.reason;
+  return Word(result.outcome) + (detail.empty() ? "" : " (" + detail + ")");
 }
 
 int Count(const std::vector<TestResult>& results, Outcome outcome) {

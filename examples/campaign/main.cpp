@@ -3,7 +3,12 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "Commands.h"
+#include "Output.h"
+#include "Startup.h"
+#include "VorToolsInfrastructure.h"
 
 namespace {
 
@@ -11,25 +16,37 @@ constexpr const char* kHelp =
     "usage: campaign COMMAND ...\n"
     "\n"
     "  campaign run       run tests on this machine\n"
-    "  campaign serve     run tests for whoever asks over the network\n"
-    "  campaign request   have a server run tests\n"
+    "  campaign serve     run tests for requests from the network\n"
+    "  campaign request   ask a server to run tests\n"
+    "  campaign --version show the version\n"
     "\n"
-    "campaign COMMAND --help tells more.\n";
+    "Every command has --help.\n";
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc >= 2 && strcmp(argv[1], "run") == 0) return campaign::RunCommand(argc, argv);
-  if (argc >= 2 && strcmp(argv[1], "serve") == 0) return campaign::ServeCommand(argc, argv);
-  if (argc >= 2 && strcmp(argv[1], "request") == 0) return campaign::RequestCommand(argc, argv);
-  if (argc == 2 && strcmp(argv[1], "--help") == 0) {
-    fputs(kHelp, stdout);
+int Dispatch(int argc, char** argv) {
+  const char* const command = argc >= 2 ? argv[1] : "";
+  if (strcmp(command, "run") == 0) return campaign::RunCommand(argc, argv);
+  if (strcmp(command, "serve") == 0) return campaign::ServeCommand(argc, argv);
+  if (strcmp(command, "request") == 0) return campaign::RequestCommand(argc, argv);
+  if (argc == 2 && strcmp(command, "--help") == 0) {
+    campaign::Print(kHelp);
+    return campaign::kAllPassed;
+  }
+  if (argc == 2 && strcmp(command, "--version") == 0) {
+    campaign::Print("campaign " + std::string(VorVersion()) + "\n");
     return campaign::kAllPassed;
   }
   if (argc < 2) {
     fputs(kHelp, stderr);
-  } else {
-    fprintf(stderr, "campaign: unknown command '%s' (see campaign --help)\n", argv[1]);
+    return campaign::kTrouble;
   }
-  return campaign::kBadInput;
+  return campaign::Refuse("unknown command '" + std::string(command) + "' (see campaign --help)");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  campaign::PrepareProcess();
+  const int status = Dispatch(argc, argv);
+  const std::string problem = campaign::OutputProblem();
+  return problem.empty() ? status : campaign::Refuse(problem, std::max(status, campaign::kTrouble));
 }

@@ -51,25 +51,28 @@ using CampaignServe = CampaignTest;
 TEST_F(CampaignServe, DeliversResultsAndFilesInEveryMode) {
   const std::string tests = Tests(
       "unit/bytes head -c 300000 /dev/zero\nunit/lines printf \"a\\r\\nb\"\n"
-      "unit/fails sh -c \"echo why; exit 3\"\nunit/hangs sleep 1000\nother/quiet true\n");
+      "unit/fails sh -c \"echo why; exit 99\"\nunit/hangs sleep 1000\nother/quiet true\n"
+      "unit/absent /no/such/program\n");
   for (const std::string& serving : {std::string(), kCompressed}) {
     for (const std::string& asking : {std::string(), kCompressed}) {
       Server server(tests + "--requests 3 --timeout 1 --jobs 4", serving);
       Outcome answer = server.Request("--out " + _dir / "out" + " 'unit/*'", asking);
       EXPECT_EQ(answer.status, 1);
-      EXPECT_THAT(answer.output, HasSubstr("unit/fails  failed (3) "));
-      EXPECT_THAT(answer.output, HasSubstr("unit/hangs  timed out (99) "));
-      EXPECT_THAT(answer.output, HasSubstr("4 tests: 2 passed, 1 failed, 1 timed out, in "));
+      EXPECT_THAT(answer.output, HasSubstr("unit/fails   failed (99) "));
+      EXPECT_THAT(answer.output, HasSubstr("unit/hangs   timed out (99) "));
+      EXPECT_THAT(answer.output,
+                  HasSubstr("5 tests: 2 passed, 1 failed, 1 timed out, 1 not found, in "));
       EXPECT_EQ(_dir.Read("out/unit/bytes.log"), std::string(300000, '\0'));
       EXPECT_EQ(_dir.Read("out/unit/lines.log"), "a\r\nb");
       EXPECT_EQ(_dir.Read("out/unit/fails.log"), "why\n");
+      EXPECT_EQ(_dir.Read("out/unit/absent.log"), "campaign: not found (/no/such/program)\n");
       EXPECT_EQ(server.Request("'other/*'", asking).status, 0);
       answer = server.Request("'none/*'", asking);
       EXPECT_EQ(answer.status, 2);
       EXPECT_EQ(answer.output, "campaign: 'none/*' selects no test of the server\n");
       const Outcome end = server.End();
       EXPECT_EQ(end.status, 0);
-      EXPECT_THAT(end.output, HasSubstr("\ntests run 5 in "));
+      EXPECT_THAT(end.output, HasSubstr("\ntests run 6 in "));
     }
   }
 }
@@ -84,10 +87,10 @@ TEST_F(CampaignServe, RunsNothingWithoutTheToken) {
   EXPECT_FALSE(Exists("ran"));
   EXPECT_EQ(server.Request(token + "'*'").status, 0);
   EXPECT_TRUE(Exists("ran"));
-  EXPECT_THAT(server.End().output, HasSubstr("refused, it does not carry the token\n"));
+  EXPECT_THAT(server.End().output, HasSubstr("request failed: it does not carry the token\n"));
 }
 
-TEST_F(CampaignServe, RequestersThatGoOrAskTooMuchCostTheirRequestOnly) {
+TEST_F(CampaignServe, BadRequestsDoNotAffectLaterOnes) {
   std::string tests = "big head -c 3000000 /dev/zero\n";
   for (int i = 0; i < 5000; ++i) {
     tests += std::string(200, 'x') + std::to_string(i) + " touch " + _dir / "ran" + "\n";
@@ -109,22 +112,23 @@ TEST_F(CampaignServe, RequestersThatGoOrAskTooMuchCostTheirRequestOnly) {
   const Outcome end = server.End();
   EXPECT_EQ(end.status, 0);
   for (const char* problem :
-       {"refused, the results are more than an answer can hold",
+       {"request failed: its results could exceed the largest answer",
         "request failed: Unable to get block size", "request failed: Unable to flush buffer",
         "request failed: Unable to get full block"}) {
     EXPECT_THAT(end.output, HasSubstr(problem));
   }
 }
 
-TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheFolder) {
+TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheDirectory) {
   TASocket server;
   ASSERT_EQ(server.OpenServer(0), 0);
   const std::string request = "request --host localhost --port " +
                               std::to_string(server.GetPort()) + " --out " + _dir / "out" + " '*'";
-  const std::string whole = "a 0 1.0";
-  const std::string answers[] = {"../evil 0 1.0",   "/tmp/evil 0 1.0",   "a",
-                                 "a x 1.0",         "a 0 inf",           "a 0 -1.0",
-                                 "a\xc2\x9b 0 1.0", whole + " " + whole, whole};
+  const std::string whole = "a lost 124 1.0";
+  const std::string answers[] = {
+      "../evil passed 0 1.0", "/tmp/evil passed 0 1.0", "a\xc2\x9b passed 0 1.0", "a",
+      "a passed x 1.0",       "a passed 0 inf",         "a passed 0 -1.0",        "a passed 1 1.0",
+      "a lost 0 1.0",         "a well 0 1.0",           whole + " " + whole,      whole};
   for (const std::string& answer : answers) {
     std::thread serving([&] {
       TASocket peer;
@@ -136,8 +140,8 @@ TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheFolder) {
     const Outcome run = Campaign(request);
     serving.join();
     EXPECT_EQ(run.status, 3) << answer;
-    EXPECT_THAT(run.output, HasSubstr(answer == whole ? "the output of a did not arrive"
-                                                      : "gave an answer that is none"));
+    EXPECT_THAT(run.output, HasSubstr(answer == whole ? "1 test: 0 passed, 1 lost, in "
+                                                      : "sent something other than results"));
   }
   EXPECT_FALSE(Exists("evil.log"));
 }
