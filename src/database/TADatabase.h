@@ -1,28 +1,29 @@
 #ifndef VOR_DATABASE_TADATABASE_H
 #define VOR_DATABASE_TADATABASE_H
 
-#include "base/Export.h"
-#include "base/VorString.h"
-#include "containers/TARefCounter.h"
-#include "filenames/TAFileName.h"
+#include "../base/Export.h"
+#include "../base/VorString.h"
+#include "../containers/TARefCounter.h"
+#include "../filenames/TAFileName.h"
 
 /// An account of a database into which tools load their results, whatever the kind of database.
 ///
-/// Make an object of a derived class, and Release it at the end; whoever keeps it besides its
-/// maker calls AddRef first.
+/// Create an object of a derived class with new, and call Release at the end.  Each further owner
+/// calls AddRef first and Release at the end.
 ///
 /// Ownership: keeps copies of the three texts, the password as plain text.
-/// Threads:   references to one account, and the account itself, belong to one thread at a time.
+/// Threads:   an account and all references to it belong to one thread at a time.
 class VOR_API TADatabase : public TARefCounter {
  public:
-  /// An account \a user with its \a password on the instance that \a connection identifies.
-  /// Nothing is connected or checked.
+  /// The account \a user with \a password on the instance that \a connection identifies.  Does not
+  /// connect to it and checks nothing.
   TADatabase(VorString user, VorString password, VorString connection) noexcept;
   TADatabase(const TADatabase&) = delete;
   TADatabase& operator=(const TADatabase&) = delete;
   ~TADatabase() override;
 
-  /// Loads the records of \a data as \a control describes them.  Returns 0 on success.
+  /// Loads the records of the file \a data as the file \a control describes them.  Returns 0 on
+  /// success.
   virtual int SQLLoader(TAFileName control, TAFileName data) = 0;
   /// Runs the statements of \a script.  Returns 0 on success.
   virtual int SQL(TAFileName script) = 0;
@@ -31,7 +32,7 @@ class VOR_API TADatabase : public TARefCounter {
   VorString _user;
   VorString _password;
   VorString _connection;
-  // Empty and not used here: room for what other kinds of database need.
+  // Empty and not used by this library; for derived classes of tools.
   VorString _first;
   VorString _second;
 };
