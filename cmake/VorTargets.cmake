@@ -1,16 +1,16 @@
-# Functions that the folders use to declare what they hold, so that flags and
-# naming are decided in one place.
+# Functions with which the directories declare their targets, so that flags and names are decided in
+# one place.
 
 function(vor_set_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${VOR_WERROR}>:-Werror>)
-  # GCC 12 warns of an overlap inside its own std::string where "text" + string is inlined.
+  # GCC 12 wrongly warns of an overlap in its own std::string if "text" + string is inlined.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(${target} PRIVATE -Wno-restrict)
   endif()
 endfunction()
 
-# vor_library_part(HEADERS public... SOURCES private...): adds files of the calling folder to the
+# vor_library_part(HEADERS public... SOURCES private...): adds files of the calling directory to the
 # library.  HEADERS are installed; private headers go with the SOURCES.
 function(vor_library_part)
   cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "HEADERS;SOURCES")
@@ -19,7 +19,7 @@ function(vor_library_part)
     PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/src FILES ${arg_HEADERS})
 endfunction()
 
-# vor_add_test(name SOURCES file... [LIBRARIES target...]): one GoogleTest binary for one folder,
+# vor_add_test(name SOURCES file... [LIBRARIES target...]): one GoogleTest binary for one directory,
 # named test_<name>; CTest runs each test of it in a process of its own.
 function(vor_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
@@ -34,7 +34,7 @@ function(vor_add_test name)
 endfunction()
 
 # vor_add_benchmark(name SOURCES file... [LIBRARIES target...]): a Google Benchmark binary
-# bench_<name> in which each of our operations stands beside its peer.
+# bench_<name> that measures each operation of the library beside its peer.
 function(vor_add_benchmark name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
   add_executable(bench_${name} ${arg_SOURCES})

@@ -1,4 +1,5 @@
 #include <VorToolsInfrastructure.h>
+#include <VorToolsInfrastructure/process/TAProcessList.h>
 
 #include <cstdio>
 

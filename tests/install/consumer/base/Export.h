@@ -1,0 +1,1 @@
+#error "a user's own base/Export.h was taken for the library's"
