@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-/// Waits for what another thread does, but not for ever: false after about a minute.
+/// Waits until \a condition is true.  Returns false after about a minute.
 template <typename Condition>
 bool Eventually(Condition condition) {
   for (int i = 0; i < 60'000; ++i) {

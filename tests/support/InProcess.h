@@ -5,8 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-/// Runs \a body in a process of its own, which may change signals, limits and descriptors at will.
-/// Gives what body returns, 0 to 255; -1 if it died.
+/// Runs \a body in a forked process, which may change its signals, limits and descriptors.  Returns
+/// the result of \a body, 0 to 255; -1 if the process was killed.
 template <typename Body>
 int InProcess(Body body) {
   fflush(nullptr);

@@ -1,16 +1,16 @@
 #ifndef VOR_TESTS_SUPPORT_NAIVEPREPRO_H
 #define VOR_TESTS_SUPPORT_NAIVEPREPRO_H
 
-/// Byte by byte, what VorFilePrepro does to a NUL-terminated text: judge in tests, peer in
-/// benchmarks.  \a out has room for as many bytes.
+/// Filters a NUL-terminated text like VorFilePrepro, byte by byte: the expected result in tests, a
+/// peer in benchmarks.  \a out must have room for as many bytes as the text.
 inline int NaivePrepro(const char* in, int flags, char* out) {
   enum { code, line, block, prepro, single, quoted } state = code;
   const bool keeps[] = {true,         !(flags & 1), !(flags & 2),
                         !(flags & 4), !(flags & 8), !(flags & 16)};
   for (; *in != '\0'; ++in) {
     const char c = *in, next = in[1];
-    bool isPair = false;  // c and the next one belong together
-    auto owner = state;   // whose rule c follows
+    bool isPair = false;  // c and the next byte belong together
+    auto owner = state;   // the state whose rule c follows
     switch (state) {
       case line:
         if (c == '\n') state = code;

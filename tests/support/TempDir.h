@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// A temporary directory that goes away with everything in it, also after a failed test.
+/// A temporary directory that is removed with everything in it, even after a failed test.
 class TempDir {
  public:
   TempDir() {
@@ -27,7 +27,7 @@ class TempDir {
   std::string Path() const { return _path; }
   std::string operator/(std::string_view name) const { return _path / name; }
 
-  /// Writes a file, making the folders above it, and gives its path.
+  /// Writes a file, creates the directories above it, and returns its path.
   std::string Write(std::string_view name, std::string_view content) const {
     const std::filesystem::path file = _path / name;
     std::filesystem::create_directories(file.parent_path());
