@@ -26,7 +26,7 @@ def read_medians(paths):
                 continue
             parts = [p for p in run["run_name"].split("/") if p.split(":")[0] not in FLAGS]
             operation, who, arguments = parts[0], parts[1], "/".join(parts[2:])
-            # Work done by other processes or threads only shows in the real time.
+            # Only the real time includes the work of other processes and threads.
             real = "real_time" in run["run_name"] or "manual_time" in run["run_name"]
             time = run["real_time" if real else "cpu_time"]
             group = groups.setdefault((operation.removeprefix("BM_"), arguments), {})
