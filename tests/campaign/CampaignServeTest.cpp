@@ -148,6 +148,7 @@ TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheDirectory) {
 
 TEST_F(CampaignServe, InterruptEndsIt) {
   Server server(Tests("a true\n"));
+  EXPECT_EQ(server.Request("--out " + _dir / "out" + " a").status, 0);
   server.Interrupt();
   EXPECT_EQ(server.End().status, 1);
 }
