@@ -3,8 +3,8 @@
 
 usage: bench_table.py OUT.md FILE.json...
 
-A benchmark is named BM_<operation>/<who>[/<arguments>].  Where <who> is "ours" it is paired with
-every other <who> of the same operation and arguments.  Times are medians of the repetitions.
+A benchmark is named BM_<operation>/<who>[/<arguments>].  The <who> "ours" is paired with every
+other <who> of the same operation and arguments.  Times are medians of the repetitions.
 """
 import json
 import sys

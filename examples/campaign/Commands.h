@@ -9,7 +9,7 @@ namespace campaign {
 constexpr int kAllPassed = 0;
 constexpr int kSomeFailed = 1;
 constexpr int kTrouble = 2;   ///< wrong usage, unreadable input or unwritable output
-constexpr int kNoServer = 3;  ///< it could not be reached, or broke off
+constexpr int kNoServer = 3;  ///< not reached, refused the request, or broke off
 
 /// Writes \a problem to standard error and returns \a status.
 int Refuse(const std::string& problem, int status = kTrouble);

@@ -24,7 +24,7 @@ class DatabaseLoad {
   /// True if Prepare has succeeded.
   bool IsWanted() const { return !_control.empty(); }
 
-  /// Loads \a dataFile and waits for the end.  Returns "" or one line with the reason of a failure.
+  /// Loads \a dataFile and waits for the end.  Returns "" or one line that says why it failed.
   std::string Load(const std::string& dataFile) const;
 
  private:

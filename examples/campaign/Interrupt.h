@@ -12,7 +12,7 @@ void CatchInterrupts();
 bool IsInterrupted();
 
 /// While it exists, only the third of these signals ends the process: the second must not prevent
-/// that running tests are killed.
+/// the killing of running tests.
 class InterruptDelay {
  public:
   InterruptDelay();

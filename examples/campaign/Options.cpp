@@ -96,12 +96,12 @@ constexpr const char* kRunHelp =
     "  --jobs N          tests that run at once (default: one for each processor)\n"
     "  --timeout SECONDS kill a test with all its processes after this time; its return\n"
     "                    code is then 99 (default: 0, no limit).  A process whose parent\n"
-    "                    has ended does not belong to a test any more\n"
+    "                    has ended no longer belongs to a test\n"
     "  --results DIR     keep the output of each test in DIR/name.log (default: discard it)\n"
     "  --junit FILE      also write the results as JUnit XML, after all tests have ended\n"
     "  --owners ORG KVR  list the failures by responsible.  A test is named\n"
-    "                    framework/module.  The file KVR names the responsible of a module\n"
-    "                    or a framework; the file ORG has a line for each responsible\n"
+    "                    framework/module.  The file KVR has the code of the responsible of\n"
+    "                    a module or a framework, the file ORG a line for each code\n"
     "  --load CONTROL USER PASSWORD CONNECTION\n"
     "                    load the results into a database with sqlldr, which gets CONTROL\n"
     "                    and a file with one line for each test: 'name,result,return\n"
@@ -136,7 +136,7 @@ constexpr const char* kServeHelp =
     "network.\n"
     "\n"
     "A request must arrive within 10 seconds and have at most 1 MiB.  It is refused before\n"
-    "any test runs if its results could exceed 1 MiB.  The reason of a refusal is shown\n"
+    "any test runs if its results could exceed 1 MiB.  The reason for a refusal is shown\n"
     "here; the requester gets no answer.\n"
     "\n"
     "  --port PORT       the port to listen on, at all addresses; 0 for any free port,\n"
@@ -189,8 +189,7 @@ std::string HelpFor(Command command) {
   }
   return std::string(kRunHelp) + kExpressionHelp +
          "Ctrl-C kills every running test with its processes and still shows the results.  The\n"
-         "same happens if nobody reads the output any more, as in\n"
-         "'campaign run ... | head -1'.\n\n" +
+         "same happens once nobody reads the output, as in 'campaign run ... | head -1'.\n\n" +
          kStatusHelp + " or results that could not be loaded.\n";
 }
 

@@ -18,7 +18,7 @@ struct Options {
   std::string junitFile;         ///< "" for none
   std::string host;
   std::string tokenFile;            ///< "" for none
-  std::string outDirectory;         ///< "" if result files are thrown away
+  std::string outDirectory;         ///< "" if the output is discarded
   std::vector<std::string> owners;  ///< organisation file and KVR file; empty for none
   std::vector<std::string> load;    ///< as DatabaseLoad::Prepare takes them; empty for no load
   int port = 0;

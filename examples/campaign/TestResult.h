@@ -34,7 +34,7 @@ constexpr int kLostCode = 124;
 struct TestResult {
   std::string name;
   Outcome outcome = Outcome::kNotRun;
-  int returnCode = 0;   ///< as TAProcessList returns it, or one of the codes above; 0 if it passed
+  int returnCode = 0;   ///< of TAProcessList, or one of those above; 0 if interrupted or not run
   double seconds = 0;   ///< from start to end
   std::string logFile;  ///< holds its output; "" if none was kept
   std::string reason;   ///< why it was not started; "" if there is nothing to add

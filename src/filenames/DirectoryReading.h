@@ -45,8 +45,8 @@ VOR_API void ReadDirectory(const char* pattern, VorListValTAFileName& out) noexc
 ///
 /// Two kinds of names are special, because names are kept in normal form and directories are read
 /// by patterns.  A name with a backslash is listed with slashes.  A directory whose name contains a
-/// star is read as a pattern, so the files of all directories that it selects are listed again.  A
-/// name that would lead out of the tree or in a circle is left out.
+/// star is read as a pattern, so the files of all directories that it selects are listed again.
+/// Such a name is left out if it would lead out of the tree or in a circle.
 VOR_API void ReadRecursiveDirectory(const VorString& root, VorListValVorString& out) noexcept;
 
 #endif  // VOR_FILENAMES_DIRECTORYREADING_H

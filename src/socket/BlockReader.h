@@ -19,7 +19,7 @@ struct Connection;
 /// limits of a read.
 ///
 /// Call Begin, then one of the reads, then End with its result.  Results are those of TASocket; the
-/// reason of a failure is in the connection.
+/// reason for a failure is in the connection.
 class BlockReader {
  public:
   explicit BlockReader(Connection& connection) : _connection(connection) {}

@@ -19,7 +19,7 @@ struct Connection;
 /// write.
 ///
 /// Call Begin, then one or more of the operations; the connection must be open.  Results are those
-/// of TASocket; the reason of a failure is in the connection.
+/// of TASocket; the reason for a failure is in the connection.
 class BlockWriter {
  public:
   /// A buffer of \a bufferSize bytes, or of the smallest size that works.

@@ -131,11 +131,11 @@ class VOR_API TASocket {
 
   // Errors.
 
-  /// The reason of the last failure, or "no error on socket".  The text is never freed.  One that
+  /// The reason for the last failure, or "no error on socket".  The text is never freed.  One that
   /// holds a block size is reused once blocks of 1,024 other sizes have been refused.
   const char* GetErrMsg() const;
 
-  /// The reason of the last failure as a value of errno, or 0:
+  /// The reason for the last failure as a value of errno, or 0:
   ///   0          before the first failure; the socket is closed, the host is unknown, or the peer
   ///              closed the connection before all bytes had arrived
   ///   ETIMEDOUT  a limit of time was reached

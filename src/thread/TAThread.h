@@ -25,8 +25,8 @@ class VorListPtrTAThread;
 /// Child processes: Cleanup, which every constructor and every start calls, makes the process
 /// ignore SIGCHLD from then on (see TAProcess::ZombiClean).  The exit codes of child processes are
 /// lost after that: TAProcess and TAProcessList report 0 for each, so every command "passes"; only
-/// TAProcessList::GetEnd distinguishes these from a success.  Do not create a TAThread in a process
-/// that needs exit codes.
+/// their GetEnd distinguishes these from a success.  Do not create a TAThread in a process that
+/// needs exit codes.
 ///
 /// Runs: from before its thread is created until its function has returned, an object holds its run
 /// lock.  A second start of the object therefore spins until the first function has returned.  A
