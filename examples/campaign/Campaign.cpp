@@ -194,14 +194,17 @@ class Runner {
 
 }  // namespace
 
+std::string MakeDirectory(const std::string& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+  return error ? "cannot make the directory " + directory + ": " + error.message() : "";
+}
+
 std::string MakeLogFile(const std::string& name, const std::string& directory,
                         std::string* logFile) {
   *logFile = directory + "/" + name + ".log";
-  const std::filesystem::path parent = std::filesystem::path(*logFile).parent_path();
-  std::error_code error;
-  std::filesystem::create_directories(parent, error);
-  if (error) return "cannot make the directory " + parent.string() + ": " + error.message();
-  return EmptyLog(*logFile);
+  const std::string problem = MakeDirectory(std::filesystem::path(*logFile).parent_path());
+  return problem.empty() ? EmptyLog(*logFile) : problem;
 }
 
 std::string MakeLogFiles(const std::vector<Test>& tests, const std::string& directory,

@@ -17,6 +17,9 @@ struct Limits {
   int timeout = 0;  ///< seconds for each test; 0 for no limit
 };
 
+/// Makes a directory and those above it.  Returns "" or why that failed.
+std::string MakeDirectory(const std::string& directory);
+
 /// Makes the log file `name.log` of a test below \a directory, and the directories it needs.
 /// Returns "" and its path, or one line that says why it cannot be made.
 std::string MakeLogFile(const std::string& name, const std::string& directory,

@@ -34,18 +34,21 @@ std::string Ask(const Options& options, const std::string& token, TASocket& sock
   return server + " sent something other than results: is it a campaign server of this version?";
 }
 
-// Receives the output files, which come in the order of the results.
-std::string Fetch(const std::string& directory, TASocket& socket,
-                  std::vector<TestResult>* results) {
+// Receives the output files, which come in the order of the results.  Returns "" or what failed,
+// and then sets \a status to the exit status.
+std::string Fetch(const std::string& directory, TASocket& socket, std::vector<TestResult>* results,
+                  int* status) {
   socket.SetStallLimit(kStallLimit);
   socket.SetReadLimits(0, 0);  // outputs may be of any size
   for (TestResult& result : *results) {
     std::string file = "/dev/null";
     if (!directory.empty()) {
       std::string problem = MakeLogFile(result.name, directory, &file);
+      *status = kTrouble;
       if (!problem.empty()) return problem;
     }
     if (socket.GetFile(VorString(file), kStallLimit) != 0) {
+      *status = kNoServer;
       return "the output of " + result.name + " did not arrive: " + Reason(socket);
     }
   }
@@ -65,6 +68,10 @@ int RequestCommand(int argc, char** argv) {
   std::string token;
   problem = CheckExpression(options.expression);
   if (problem.empty()) problem = LoadToken(options.tokenFile, &token);
+  // Before the server runs anything.
+  if (problem.empty() && !options.outDirectory.empty()) {
+    problem = MakeDirectory(options.outDirectory);
+  }
   if (!problem.empty()) return Refuse(problem);
 
   const auto start = std::chrono::steady_clock::now();
@@ -73,11 +80,12 @@ int RequestCommand(int argc, char** argv) {
   problem = Ask(options, token, socket, &results);
   if (!problem.empty()) return Refuse(problem, kNoServer);
   if (results.empty()) return Refuse("'" + options.expression + "' selects no test of the server");
-  problem = Fetch(options.outDirectory, socket, &results);
+  int status = kTrouble;
+  problem = Fetch(options.outDirectory, socket, &results, &status);
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   Print(MakeReport(results, seconds));
-  if (!problem.empty()) return Refuse(problem, kNoServer);
+  if (!problem.empty()) return Refuse(problem, status);
   return AllPassed(results) ? kAllPassed : kSomeFailed;
 }
 

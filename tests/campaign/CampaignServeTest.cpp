@@ -149,6 +149,10 @@ TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheDirectory) {
 TEST_F(CampaignServe, InterruptEndsIt) {
   Server server(Tests("a true\n"));
   EXPECT_EQ(server.Request("--out " + _dir / "out" + " a").status, 0);
+  std::filesystem::create_directories(_dir / "in/a.log");
+  for (const std::string& unwritable : {std::string("/dev/null/out"), _dir / "in"}) {
+    EXPECT_EQ(server.Request("--out " + unwritable + " a").status, 2) << unwritable;
+  }
   server.Interrupt();
   EXPECT_EQ(server.End().status, 1);
 }
