@@ -21,6 +21,7 @@ namespace campaign {
 namespace {
 
 constexpr int kRefreshMs = 200;    // the longest delay of an interrupt or of the live line
+constexpr int kOutputMs = 100;     // the longest delay of output that could not be written at once
 constexpr int kMostReapWaits = 5;  // of kRefreshMs, for what was killed
 
 // Makes a log file or empties it.  Returns "" or why that failed.
@@ -127,7 +128,7 @@ class Runner {
       StartNext();
       if (_running.empty()) return _results;
       _progress->Show(static_cast<int>(_running.size()));
-      _list.WaitForChange(kRefreshMs);
+      _list.WaitForChange(ContinueOutput() ? kOutputMs : kRefreshMs);
     }
     Stop();
     return _results;

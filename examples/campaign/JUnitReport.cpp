@@ -4,14 +4,14 @@
 #include <time.h>
 
 #include <algorithm>
-#include <fstream>
 
+#include "InputFile.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
 namespace {
 
-constexpr std::streamoff kLogTail = 8192;  // bytes of a log file that are kept
+constexpr long long kLogTail = 8192;  // bytes of a log file that are kept
 
 std::string Attribute(const char* name, const std::string& value) {
   return std::string(" ") + name + "=\"" +
@@ -34,14 +34,9 @@ std::string Timestamp() {
 }
 
 std::string LogTail(const std::string& path) {
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  if (path.empty() || !file) return "";
-  const std::streamoff size = file.tellg();
-  std::string tail(static_cast<std::size_t>(std::min(size, kLogTail)), '\0');
-  file.seekg(size - static_cast<std::streamoff>(tail.size()));
-  file.read(tail.data(), static_cast<std::streamsize>(tail.size()));
-  tail.resize(static_cast<std::size_t>(file.gcount()));  // 0 of a directory
-  return tail;
+  const RegularFile file(path);
+  const long long size = std::min(file.Size(), kLogTail);
+  return file.Read(file.Size() - size, static_cast<std::size_t>(size));
 }
 
 // The class of a test named a/b is a.

@@ -29,7 +29,7 @@ void Progress::Report(const TestResult& result) {
 }
 
 void Progress::Show(int running) {
-  if (!_isLive) return;
+  if (!_isLive || ContinueOutput()) return;  // a terminal that pauses shows the latest line only
   const auto elapsed =
       std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - _start)
           .count();

@@ -8,16 +8,17 @@
 #include <charconv>
 #include <cmath>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <string_view>
 
+#include "InputFile.h"
 #include "VorToolsInfrastructure.h"
 
 namespace campaign {
 namespace {
 
 constexpr std::size_t kLongestToken = 4096;
+constexpr std::size_t kMostNewlines = 1024;                // at the end of a token
 constexpr std::size_t kLongestAnswer = kSocketBuffer - 5;  // that the buffer takes as one block
 constexpr int kFields = 4;                                 // of a result
 constexpr double kLongestTest = 999999999;                 // seconds: thirty years
@@ -56,12 +57,18 @@ std::string Reason(const TASocket& socket) {
 
 std::string LoadToken(const std::string& path, std::string* token) {
   if (path.empty()) return "";
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return "cannot read " + path + ": " + strerror(errno);
-  token->assign(std::istreambuf_iterator<char>(file), {});
+  std::ifstream file;
+  const std::string unreadable = OpenInput(path, &file);
+  if (!unreadable.empty()) return unreadable;
+  token->resize(kLongestToken + kMostNewlines);
+  // Unlike a stream iterator, it does not throw if the file cannot be read.
+  file.read(token->data(), static_cast<std::streamsize>(token->size()));
+  if (file.bad()) return "cannot read " + path + ": " + strerror(errno);
+  const bool isWhole = file.eof();
+  token->resize(static_cast<std::size_t>(file.gcount()));
   token->erase(token->find_last_not_of("\r\n") + 1);
   const bool isText = token->find('\0') == std::string::npos;
-  if (token->empty() || token->size() > kLongestToken || !isText) {
+  if (token->empty() || token->size() > kLongestToken || !isWhole || !isText) {
     return path + " does not hold a token: a token is a text of 1 to " +
            std::to_string(kLongestToken) + " bytes";
   }

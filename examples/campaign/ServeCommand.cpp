@@ -1,7 +1,7 @@
 #include <errno.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <sstream>
@@ -9,6 +9,7 @@
 #include "Campaign.h"
 #include "Commands.h"
 #include "Followup.h"
+#include "InputFile.h"
 #include "Interrupt.h"
 #include "Options.h"
 #include "Output.h"
@@ -20,7 +21,17 @@
 namespace campaign {
 namespace {
 
-constexpr int kAcceptSeconds = 1;  // the longest delay of an interrupt
+constexpr int kAcceptSeconds = 1;  // the longest delay of an interrupt between requests
+
+// Limits of sending the results or the output of one test.  An interrupt does not stop a send that
+// has begun: it takes effect at the end of the send.
+constexpr int kSendSeconds = 300;
+constexpr int kLeastRate = 16 * 1024;  // bytes per second
+
+// Whether an accept failed for want of something that others may release soon.
+bool IsShortage(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
 
 /// The directory of the output files: the wanted one, or a temporary one.
 class ResultsDirectory {
@@ -71,10 +82,20 @@ class Server {
       peer.SetPerfo(&_received, &_sent);
       peer.SetStallLimit(kStallLimit);
       peer.SetReadLimits(kQuerySeconds, kQueryBytes);
+      peer.SetWriteLimits(kSendSeconds, kLeastRate);
       VorString query;
       const int result = _socket.GetQuery(kQuerySeconds, query, peer, kAcceptSeconds);
-      if (result == 2) continue;
-      if (result != 0 && !peer.IsOpen()) return Refuse(Reason(_socket));
+      if (result == 2) {
+        ContinueOutput();
+        continue;
+      }
+      if (result != 0 && !peer.IsOpen()) {
+        if (!IsShortage(_socket.GetErrno())) return Refuse(Reason(_socket));
+        Print("cannot accept a request yet: " + Reason(_socket) + "\n");
+        FinishOutput();
+        poll(nullptr, 0, kAcceptSeconds * 1000);  // an interrupt ends it
+        continue;
+      }
       ++served;
       _requests.Count(1);
       const std::string problem = result != 0 ? Reason(peer) : Answer(query, peer);
@@ -82,6 +103,7 @@ class Server {
       std::ostringstream counters;
       TAPerfo::GlobalReport(counters);
       Print(counters.str());
+      FinishOutput();  // a log that nobody reads must not grow without limit
     }
     return IsInterrupted() ? kSomeFailed : kAllPassed;
   }
@@ -117,10 +139,11 @@ class Server {
     ListResults(results, &answer);
     if (peer.PutBlock(answer) != 0) return Reason(peer);
     for (const TestResult& result : results) {
-      // A log that could not be written must not prevent the transfer of the others.
-      const bool isMissing =
-          result.outcome == Outcome::kNotStarted && access(result.logFile.c_str(), R_OK) != 0;
-      if (peer.PutFile(VorString(isMissing ? "/dev/null" : result.logFile)) != 0) {
+      if (IsInterrupted()) return "interrupted";
+      // A log that is missing, or that a test has replaced by a pipe, must not prevent the transfer
+      // of the others.
+      const bool hasLog = RegularFile(result.logFile).IsOpen();
+      if (peer.PutFile(VorString(hasLog ? result.logFile : "/dev/null")) != 0) {
         return Reason(peer);
       }
     }

@@ -47,6 +47,7 @@ int Dispatch(int argc, char** argv) {
 int main(int argc, char** argv) {
   campaign::PrepareProcess();
   const int status = Dispatch(argc, argv);
+  campaign::FinishOutput();
   const std::string problem = campaign::OutputProblem();
   return problem.empty() ? status : campaign::Refuse(problem, std::max(status, campaign::kTrouble));
 }

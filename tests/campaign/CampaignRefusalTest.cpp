@@ -55,6 +55,9 @@ TEST_F(CampaignRefusal, OfBadInputIsOneLineAndStartsNothing) {
       {serve + "65536", "--port takes a whole number from 0 to 65535, not '65536'"},
       {serve + std::to_string(used.GetPort()), "unable to bind server socket"},
       {serve + "0 --token " + _dir.Write("empty", "\n"), "does not hold a token"},
+      {serve + "0 --token " + _dir.Path(), ": Is a directory"},
+      {serve + "0 --token /proc/self/mem", "cannot read /proc/self/mem: Input/output error"},
+      {serve + "0 --token /dev/zero", "does not hold a token"},
       {"request --host localhost --port 1 '*'", "unable to connect client socket to server", 3},
   };
   for (const auto& row : rows) {

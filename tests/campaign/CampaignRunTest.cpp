@@ -1,6 +1,8 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -20,6 +22,24 @@ namespace {
 
 class CampaignRun : public CampaignTest {
  protected:
+  // Starts the tool in the background with \a output, which is closed here, as standard output.
+  FILE* StartWithOutput(int output, const std::string& arguments) const {
+    const int own = dup(STDOUT_FILENO);
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    FILE* stream = popen(("echo $$ >" + _dir / "tool" + "; exec " VOR_CAMPAIGN " " + arguments +
+                          " 2>" + _dir / "errors")
+                             .c_str(),
+                         "w");
+    dup2(own, STDOUT_FILENO);
+    close(own);
+    return stream;
+  }
+  // The line of a test that writes its number to the file pid and hangs.
+  std::string Hanging() const {
+    return "hang sh -c \"echo $$ >" + _dir / "new; mv " + _dir / "new " + _dir / "pid" +
+           "; exec sleep 1000\"\n";
+  }
   // Waits until the process whose number is in a file is gone, or a zombie that nobody has reaped.
   bool IsKilled(const char* pidFile) const {
     const std::string state = "/proc/" + std::to_string(std::stoi(_dir.Read(pidFile))) + "/stat";
@@ -111,6 +131,8 @@ TEST_F(CampaignRun, IsHonestInHostileSurroundings) {
       {"log removed", "",
        "a sh -c \"rm -r " + _dir / "out/b" + "; touch " + _dir / "out/b" + "\"\nb/x true\n",
        "--results " + _dir / "out ", 1, "b/x.log: Not a directory)"},
+      {"log replaced", "", "a sh -c \"cd " + _dir / "log" + "; rm a.log; mkfifo a.log; exit 1\"\n",
+       "--results " + _dir / "log ", 1, "a: failed (1)"},
       {"strict order of options", "POSIXLY_CORRECT=1 ", "a true\n", "", 0, "1 passed"},
 #ifndef __SANITIZE_THREAD__  // which writes a file before main
       {"file size limited", "prlimit --fsize=0 ", "a true\n", "", 2, "junit/x: File too large\n"},
@@ -160,6 +182,35 @@ TEST_F(CampaignRun, InterruptKillsRunningTreesAndStillReports) {
   EXPECT_THAT(_dir.Read("junit.xml"), HasSubstr("failures=\"1\" errors=\"0\" skipped=\"1\""));
   EXPECT_FALSE(Exists("later"));
   EXPECT_TRUE(IsKilled("pid"));
+}
+
+TEST_F(CampaignRun, PausedReaderDelaysNeitherLimitsNorInterrupts) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+  while (write(ends[1], "x", 1) == 1) {
+  }
+  const int blocking = open(("/proc/self/fd/" + std::to_string(ends[1])).c_str(), O_WRONLY);
+  FILE* stream = StartWithOutput(blocking, "run --jobs 1 --timeout 1 " +
+                                               Tests("quick true\nslow sleep 30\n" + Hanging()) +
+                                               "--junit " + _dir / "junit.xml" + " '*'");
+  EXPECT_TRUE(Eventually([&] { return Exists("pid"); }));
+  kill(std::stoi(_dir.Read("tool")), SIGINT);
+  EXPECT_EQ(WEXITSTATUS(pclose(stream)), 2);
+  EXPECT_THAT(_dir.Read("junit.xml"), HasSubstr("<failure message=\"timed out (99)\">"));
+  EXPECT_TRUE(IsKilled("pid"));
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST_F(CampaignRun, LostReaderOfASocketEndsIt) {
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  FILE* stream = StartWithOutput(
+      ends[1], "run --timeout 9 " + Tests(Hanging()) + "--junit " + _dir / "junit.xml" + " '*'");
+  EXPECT_TRUE(Eventually([&] { return Exists("pid"); }));
+  close(ends[0]);
+  EXPECT_EQ(WEXITSTATUS(pclose(stream)), 2);
+  EXPECT_THAT(_dir.Read("junit.xml"), HasSubstr("<failure message=\"interrupted\">"));
 }
 
 TEST_F(CampaignRun, LostReaderEndsIt) {

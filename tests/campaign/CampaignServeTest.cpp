@@ -29,6 +29,10 @@ class Server {
     if (_stream != nullptr) End();
   }
 
+  std::string NextLine() const {
+    char line[256] = "";
+    return fgets(line, sizeof line, _stream) != nullptr ? line : "";
+  }
   void Interrupt() const { kill(_pid, SIGINT); }
 
   Outcome End() { return ::End(std::exchange(_stream, nullptr)); }
@@ -146,8 +150,21 @@ TEST_F(CampaignServe, AnswersOfAHostileServerStayInTheDirectory) {
   EXPECT_FALSE(Exists("evil.log"));
 }
 
+TEST_F(CampaignServe, WaitsWhenNoDescriptorIsFree) {
+  Server server(Tests("a true\n"), "exec sh -c 'exec 3>&-; ulimit -n 4; \"$@\"' sh ");
+  TASocket client;
+  server.Connect(client);
+  EXPECT_EQ(server.NextLine(), "\n");  // the end of the first
+  EXPECT_THAT(server.NextLine(), HasSubstr("(Too many open files)"));
+  server.Interrupt();
+  EXPECT_EQ(server.End().status, 1);
+}
+
 TEST_F(CampaignServe, InterruptEndsIt) {
-  Server server(Tests("a true\n"));
+  const std::string log = _dir / "log/pipe.log";
+  Server server(Tests("a true\npipe sh -c \"rm " + log + "; mkfifo " + log + "\"\n") +
+                "--results " + _dir / "log");
+  EXPECT_EQ(server.Request("pipe").status, 0);
   EXPECT_EQ(server.Request("--out " + _dir / "out" + " a").status, 0);
   std::filesystem::create_directories(_dir / "in/a.log");
   for (const std::string& unwritable : {std::string("/dev/null/out"), _dir / "in"}) {
