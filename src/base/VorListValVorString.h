@@ -1,6 +1,7 @@
 #ifndef VOR_BASE_VORLISTVALVORSTRING_H
 #define VOR_BASE_VORLISTVALVORSTRING_H
 
+#include <initializer_list>
 #include <vector>
 
 #include "Export.h"
@@ -19,6 +20,7 @@
 class VOR_API VorListValVorString : public VorCollecRoot {
  public:
   VorListValVorString() noexcept = default;
+  VorListValVorString(std::initializer_list<VorString> values) noexcept : _values(values) {}
   VorListValVorString(const VorListValVorString& other) noexcept = default;
   VorListValVorString(VorListValVorString&& other) noexcept = default;
   VorListValVorString& operator=(const VorListValVorString& other) noexcept = default;

@@ -1,19 +1,26 @@
 #ifndef VOR_PROCESS_TAPROCESS_H
 #define VOR_PROCESS_TAPROCESS_H
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "../base/Export.h"
 #include "../base/VorString.h"
+#include "TAContainment.h"
 #include "TAProcessEnd.h"
 
+class TAProcessOptions;
 class VorListValVorString;
+namespace vor {
+class Container;
+}
 
 /// One child process: starts it, polls or waits for its end, kills it alone or with every process
 /// descended from it.
 ///
-/// Call SetOutput and SetInput if wanted, then Start, then Check or Wait.  An object constructed
-/// with an identifier controls a process that was started elsewhere.
+/// Call Start, then Check or Wait; or Run, which waits and returns the output.  An object
+/// constructed with an identifier controls a process that was started elsewhere.
 ///
 /// Check and Wait report an end as a folded status: c for an exit with code c, s for a death by
 /// signal s (s plus 128 if it left a core file).  The two ranges overlap; callers' logs and limits
@@ -69,6 +76,26 @@ class VOR_API TAProcess {
   /// memory of this process.
   int Start(const VorString& command, int flag);
 
+  /// Starts \a command, split as above, with \a options; SetOutput and SetInput have no effect on
+  /// it. Returns 0 if the command runs now; 1 if it could not be started, for the reason in GetEnd
+  /// and GetErrMsg, and then there is no child.  (Opening a named pipe may block, so the failure of
+  /// such a start, and of anything after it, is only noticed by Check or Wait.)
+  int Start(const VorString& command, const TAProcessOptions& options) noexcept;
+  /// The same for a program and its arguments, which are passed as they are.
+  int Start(const VorListValVorString& arguments, const TAProcessOptions& options) noexcept;
+
+  /// Runs a program until it ends, at most \a limitMs milliseconds (0: no limit), and stores in
+  /// \a output what it wrote to standard output and, unless the options name a file for that, to
+  /// standard error.  A program that reaches the limit is killed as by KillTree, and its end is
+  /// TimedOut.
+  ///
+  /// Returns 0 if the output is complete, 1 if the program could not be started, 2 if it wrote more
+  /// than \a maxBytes; the rest was read and dropped then.  \a end becomes how it ended.  A process
+  /// that the program leaves behind may hold its output open: what it writes later is not waited
+  /// for, and writing it fails with SIGPIPE.
+  int Run(const VorListValVorString& arguments, const TAProcessOptions& options, VorString& output,
+          TAProcessEnd& end, int limitMs = 0, std::size_t maxBytes = SIZE_MAX) noexcept;
+
   /// Polls the child without blocking.  Returns 0 while it runs, its identifier when it has ended,
   /// -1 if there is no such child of this process.  \a status becomes the folded status of an end,
   /// otherwise 0.
@@ -80,6 +107,10 @@ class VOR_API TAProcess {
   /// Blocks until the child has ended and stores its folded status, 0 if there is no such child.
   /// Returns 0.
   int Wait(int& status);
+
+  /// The same, for at most \a limitMs milliseconds; without limit if that is less than 0.  Returns
+  /// 1 if the child still runs then.
+  int Wait(int& status, int limitMs) noexcept;
 
   /// Runs \a command through the shell and blocks until it ends.  Returns what system() returns if
   /// that is below 257, else that divided by 256: callers rely on 256 for an exit with 1, on c for
@@ -126,6 +157,17 @@ class VOR_API TAProcess {
   /// each process to which the signal could not be sent.  Returns 0.
   int KillTreeWithSig(int hard) noexcept;
 
+  /// Selects which processes the next child is killed with; Tree by default.  With another
+  /// containment KillTree and KillTreeWithSig signal its processes directly, without a shell, as
+  /// long as the object has it: KillTree then returns 0, or 256 if there was none.
+  void SetContainment(TAContainment containment);
+  /// Whether Check and Wait kill what the next child has left behind when it ends, before they
+  /// report its end, and count it in TAProcessEnd::leftBehind; no by default.
+  void SetLeavesNobody(bool leavesNobody);
+  /// The means of the containment that the next start uses: "tree", "group", or for Everything
+  /// "cgroup" or "subreaper"; see TAContainment.
+  const char* ContainmentInUse() const;
+
   /// Adds the identifiers of the child's descendants to \a pids.  An empty list gets that of the
   /// child first.  In a list that is not empty, the descendants of all its entries are looked for,
   /// and of no other process.  Returns 0, -1 if there never was a child, 1 if the process table
@@ -158,6 +200,8 @@ class VOR_API TAProcess {
   const VorString& GetErrMsg() const { return _errMsg; }
 
  private:
+  friend class TAProcessList;
+
   bool HasChild() const { return _pid > 0 && !_reaped; }
   int Reap(int& status, int flags);
   void NoteEnd(const TAProcessEnd& end);
@@ -165,13 +209,16 @@ class VOR_API TAProcess {
   int SendSignal(int signal) const;
 
   VorString _errMsg;
-  VorString _output;                      // empty: inherited
-  VorString _input;                       // empty: inherited
-  int _pid = 0;                           // 0: none
-  bool _isOwn = false;                    // started by this object
-  bool _reaped = false;                   // the end was noticed: another process may have _pid
-  TAProcessEnd _end;                      // what is known of it
-  long long _startNs = 0;                 // when it started, by CLOCK_BOOTTIME; 0 if it did not
+  VorString _output;       // empty: inherited
+  VorString _input;        // empty: inherited
+  int _pid = 0;            // 0: none
+  bool _isOwn = false;     // started by this object
+  bool _reaped = false;    // the end was noticed: another process may have _pid
+  TAProcessEnd _end;       // what is known of it
+  long long _startNs = 0;  // when it started, by CLOCK_BOOTTIME; 0 if it did not
+  TAContainment _containment = TAContainment::Tree;  // of the next child
+  bool _leavesNobody = false;                        // of the next child
+  std::unique_ptr<vor::Container> _container;        // of the last child
   std::shared_ptr<const int> _lateError;  // the errno of its exec once it has ended; null: in _end
 };
 

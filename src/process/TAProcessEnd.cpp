@@ -24,8 +24,11 @@ VorString TAProcessEnd::Describe() const {
       return "killed by " + NameOfSignal(code) + (coreDumped ? " (core dumped)" : "");
     case TimedOut:
       return "timed out after " + std::to_string(static_cast<long long>(seconds)) + " s";
+    case Cancelled:
+      return "cancelled";
     case NotStarted:
-      return "could not start: " + std::generic_category().message(code);
+      return "could not start: " + (object.Length() > 0 ? object + ": " : VorString()) +
+             std::generic_category().message(code).c_str();
     case Lost:
       return "its end was collected elsewhere";
   }

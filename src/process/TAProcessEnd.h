@@ -15,17 +15,37 @@ struct VOR_API TAProcessEnd {
     Exited,      ///< it ended by itself; the code is its exit code
     Signalled,   ///< a signal killed it; the code is the signal
     TimedOut,    ///< it was killed because its time limit was over
-    NotStarted,  ///< the fork or the exec failed; the code is the errno of that
+    Cancelled,   ///< it was killed, or never started, because it was cancelled
+    NotStarted,  ///< it could not be started; the code is an errno, and the object is what failed
     Lost         ///< it was reaped elsewhere, so its end is unknown
   };
 
   Kind kind = NotEnded;
-  int code = 0;             ///< see the kind; 0 for NotEnded, TimedOut and Lost
+  int code = 0;             ///< see the kind; 0 for the others
   bool coreDumped = false;  ///< the signal left a core file
-  double seconds = 0;       ///< from its start until its end was noticed; so far, if it runs
+
+  /// For NotStarted the setting that could not be applied and its value, such as "directory /x";
+  /// empty if it was the fork or the exec.
+  VorString object = {};
+
+  double seconds = 0;  ///< from its start until its end was noticed; so far, if it runs
+
+  // What the command and those of its descendants that it waited for have used, as the system
+  // counts it (wait4).  0 until it was reaped, and if it is Lost.
+
+  double userSeconds = 0;
+  double systemSeconds = 0;
+  /// The largest resident memory of any one of them.  At least that of this process at the start,
+  /// which the system counts before the exec.
+  long peakMemoryKiB = 0;
+
+  /// How many processes were left when the command had ended, and were killed; only with
+  /// SetLeavesNobody.
+  int leftBehind = 0;
 
   /// One line: "exit 3", "killed by SIGSEGV (core dumped)", "timed out after 5 s" (whole seconds),
-  /// "could not start: No such file or directory", "its end was collected elsewhere", "not ended".
+  /// "cancelled", "could not start: No such file or directory", "could not start: directory /x: No
+  /// such file or directory", "its end was collected elsewhere", "not ended".
   VorString Describe() const;
 };
 

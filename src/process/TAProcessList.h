@@ -7,8 +7,11 @@
 
 #include "../base/Export.h"
 #include "../base/VorString.h"
+#include "TAContainment.h"
 #include "TAProcessEnd.h"
 
+class TAProcessOptions;
+class VorListValVorString;
 struct processInfo;
 namespace vor {
 class ChildWatch;
@@ -26,8 +29,9 @@ class ChildWatch;
 ///
 /// and read each result by its position.  (With a limit of 0 commands at a time none ever starts,
 /// and the loop never ends.)  Nothing happens between two calls: there is no thread and no signal
-/// handler.  More commands may be added at any time.  A command goes from waiting to running to
-/// done, never back.  Positions are 1-based, in the order of Start.
+/// handler.  (Wake ends the wait from elsewhere.)  More commands may be added at any time.  A
+/// command goes from waiting to running to done, never back.  Positions are 1-based, in the order
+/// of Start.
 ///
 /// Ownership: keeps copies of its arguments.  The destructor neither kills nor waits for children
 ///            that still run; they go on, and stay in the process table when they end.  It waits up
@@ -46,6 +50,11 @@ class VOR_API TAProcessList {
 
   /// The return code of a command that was killed for its time limit.
   static constexpr int TimedOut = 99;
+  /// The return code of a command that was cancelled.
+  static constexpr int Cancelled = 98;
+
+  /// Which of the waiting commands starts next.
+  enum Order : int { LastAddedFirst, FirstAddedFirst };
 
   /// At most 10 commands run at once.
   TAProcessList();
@@ -62,6 +71,38 @@ class VOR_API TAProcessList {
   /// TAProcess::SetOutput: a file that cannot be opened is ignored).
   int Start(const VorString& command, int timeout, const VorString& output) noexcept;
 
+  /// Queues \a command with \a options, which may run for \a limitMs milliseconds; 0 for no limit.
+  /// Returns its position.  The time is measured exactly, unlike that in seconds, and does not
+  /// follow changes of the clock.
+  int Start(const VorString& command, const TAProcessOptions& options, int limitMs) noexcept;
+  /// The same for a program and its arguments, which are passed as they are.
+  int Start(const VorListValVorString& arguments, const TAProcessOptions& options,
+            int limitMs) noexcept;
+
+  /// LastAddedFirst by default.
+  void SetOrder(Order order);
+
+  /// Starts no further command while the load average of the last minute is above \a load, except
+  /// that one may always run; 0 or less, the default, for no such limit.
+  void SetMaxLoad(double load);
+
+  /// Selects how commands that reach their time limit or are cancelled end: 0, the default, kills
+  /// them at once.  Otherwise their processes get SIGTERM first, and what is left of them after
+  /// \a milliseconds is killed.  Until then, or until all of them have ended, they count as
+  /// running.
+  void SetGrace(int milliseconds);
+
+  /// For all commands that start from now on; see TAProcess.
+  void SetContainment(TAContainment containment);
+  void SetLeavesNobody(bool leavesNobody);
+  const char* ContainmentInUse() const;
+
+  /// Cancels one command, or all that are not done.  A waiting one never starts and is done; a
+  /// running one is killed, see SetGrace.  Their kind of end is Cancelled, unless they have ended
+  /// or reached their time limit before.  Cancelled commands have the return code Cancelled.
+  void Cancel(int position) noexcept;
+  void CancelAll() noexcept;
+
   /// One step: notices the commands that have ended, kills those that have reached their time
   /// limit, each with its whole process tree (see TAProcess::KillTree), and starts waiting ones up
   /// to the limit.  Returns 1 if a command changed its state, else 0.
@@ -73,13 +114,18 @@ class VOR_API TAProcessList {
 
   /// Blocks until Check has something to do: a running command has ended or reached its time limit,
   /// or a waiting one may start.  Returns 1 then, 0 after \a limitMs milliseconds; less than 0 for
-  /// no limit.  Returns 0 at once if nothing runs that could change anything.
+  /// no limit.  Also returns 0 when a signal with a handler arrives, at once after Wake, and at
+  /// once if nothing runs that could change anything.
   ///
   /// The wait itself costs no processor time as long as the running commands of all lists are at
   /// most a quarter of the soft limit of descriptors (RLIMIT_NOFILE), since each then has a
   /// descriptor here.  The others are checked at intervals of 10 to 100 ms, which costs some
   /// processor time and notices their ends later; a higher limit avoids it.
   int WaitForChange(int limitMs) noexcept;
+
+  /// Makes the present or else the next WaitForChange return 0.  May be called by any thread and in
+  /// a signal handler.
+  void Wake() noexcept;
 
   int NWaiting() const;
   int NRunning() const;
@@ -93,6 +139,10 @@ class VOR_API TAProcessList {
 
   /// Waiting, Running or Done; Done also if the command was killed or could not be started.
   int GetStatus(int position) const;
+
+  /// The process identifier of the command; 0 if it has not been started.  Once it is done the
+  /// system may have given the number to another process.
+  int GetPid(int position) const;
 
   /// How the command ended; NotEnded while it waits or runs.  The only sure sign of success is the
   /// kind Exited with the code 0.

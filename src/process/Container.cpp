@@ -1,0 +1,7 @@
+#include "process/Container.h"
+
+namespace vor {
+
+void Container::ReapOrphans() {}
+
+}  // namespace vor

@@ -1,0 +1,34 @@
+#ifndef VOR_PROCESS_TACONTAINMENT_H
+#define VOR_PROCESS_TACONTAINMENT_H
+
+/// Which processes count as those of a command when it is killed, and when what it left behind is
+/// looked for.
+enum class TAContainment {
+  /// The command and its descendants at that moment, as the process table shows them.  Processes
+  /// whose parent has ended before are missed.
+  Tree,
+
+  /// The command starts in a process group of its own, which is signalled as one.  Processes whose
+  /// parent has ended are found; those that have changed their group or session are missed.  A
+  /// command in a group of its own does not get the signals of the terminal, for instance Ctrl-C,
+  /// and is stopped if it reads from the terminal.
+  Group,
+
+  /// Everything that the command started, even if it has changed its group or session or lost its
+  /// parents.  TAProcess::ContainmentInUse names the means:
+  ///
+  /// - "cgroup": the command starts in a control group of its own, below that of this process, and
+  ///   is killed by one write (cgroup.kill).  Missed: processes that were moved to another control
+  ///   group, and what another process starts on request, such as a daemon.  Used if this process
+  ///   may make a control group (cgroup v2, Linux 5.14).
+  /// - "subreaper": the environment of the command gets a mark, which its descendants inherit, and
+  ///   this process becomes their new parent if they lose theirs (PR_SET_CHILD_SUBREAPER), until it
+  ///   ends.  Members are the marked processes and their descendants; all are stopped before the
+  ///   first one is killed.  Missed: a process that has both lost its parents and cleared its
+  ///   environment or become another user's, and what another process starts on request.
+  ///
+  /// Orphans of the command that end are reaped here, like the command itself.
+  Everything
+};
+
+#endif  // VOR_PROCESS_TACONTAINMENT_H
