@@ -91,6 +91,9 @@ void SetOutcome(const TAProcessEnd& end, int code, const std::string& command, T
     case TAProcessEnd::TimedOut:
       result->outcome = Outcome::kTimedOut;
       return;
+    case TAProcessEnd::Cancelled:
+      result->outcome = Outcome::kInterrupted;
+      return;
     case TAProcessEnd::NotStarted:
       SetNotStarted(command, end.code, result);
       return;

@@ -21,7 +21,6 @@
 #include <utility>
 #include <vector>
 
-#include "process/CommandLine.h"
 #include "process/ReserveDescriptors.h"
 #include "process/ShellCall.h"
 #include "process/UndisturbedScope.h"
@@ -80,7 +79,7 @@ std::string PathsOf(std::string_view program) {
 // Everything that a child needs until its exec.
 class ChildPlan {
  public:
-  ChildPlan(const VorString& command, const VorString& output, const VorString& input);
+  explicit ChildPlan(ChildRequest& request);
 
   bool MayWaitForParent() const { return IsNamedPipe(_output) || IsNamedPipe(_input); }
 
@@ -98,8 +97,10 @@ class ChildPlan {
   const char* _input;
 };
 
-ChildPlan::ChildPlan(const VorString& command, const VorString& output, const VorString& input)
-    : _arguments(ParseCommandLine(command)), _output(output), _input(input) {
+ChildPlan::ChildPlan(ChildRequest& request)
+    : _arguments(std::move(request.arguments)),
+      _output(request.settings.output.c_str()),
+      _input(request.settings.input.c_str()) {
   if (_arguments.empty()) return;
   _paths = PathsOf(_arguments.front().c_str());  // up to a NUL, as exec
   _shell.reserve(_arguments.size() + 2);
@@ -242,12 +243,12 @@ constinit std::atomic<bool> vforkShares = false;
 
 }  // namespace
 
-StartedChild StartChild(const VorString& command, const VorString& output, const VorString& input) {
+StartedChild StartChild(ChildRequest request) {
   std::optional<ChildPlan> plan;
   std::shared_ptr<int> sharedWord;
   bool shareMemory = true;
   try {
-    plan.emplace(command, output, input);
+    plan.emplace(request);
     shareMemory = !plan->MayWaitForParent();
     if (!shareMemory || !vforkShares) sharedWord = SharedWord();
   } catch (const std::bad_alloc&) {

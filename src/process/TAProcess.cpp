@@ -17,6 +17,7 @@
 #include "base/VorListValVorString.h"
 #include "foundation/Tracing.h"
 #include "process/ChildStart.h"
+#include "process/CommandLine.h"
 #include "process/ProcessSignal.h"
 #include "process/ProcessTable.h"
 #include "process/ProcessTree.h"
@@ -42,6 +43,12 @@ TAProcessEnd EndFrom(int rawStatus) {
   end.kind = isSignal ? TAProcessEnd::Signalled : TAProcessEnd::Exited;
   end.code = isSignal ? WTERMSIG(rawStatus) : WEXITSTATUS(rawStatus);
   end.coreDumped = isSignal && WCOREDUMP(rawStatus);
+  return end;
+}
+
+TAProcessEnd LostEnd() {
+  TAProcessEnd end;
+  end.kind = TAProcessEnd::Lost;
   return end;
 }
 
@@ -116,7 +123,11 @@ int TAProcess::SetInput(const VorString& file) {
 }
 
 int TAProcess::Start(const VorString& command, int) {
-  vor::StartedChild child = vor::StartChild(command, _output, _input);
+  vor::ChildSettings settings;
+  settings.output = _output;
+  settings.input = _input;
+  settings.filesRequired = false;
+  vor::StartedChild child = vor::StartChild({vor::ParseCommandLine(command), settings, {}});
   _pid = std::max(child.pid, 0);
   _reaped = false;
   _isOwn = true;
@@ -147,7 +158,7 @@ int TAProcess::Reap(int& status, int flags) {
   const int ended = WaitFor(_pid, rawStatus, flags);
   status = Fold(rawStatus);
   if (ended == _pid) NoteEnd(EndFrom(rawStatus));
-  if (ended < 0 && _isOwn && errno == ECHILD) NoteEnd({TAProcessEnd::Lost});
+  if (ended < 0 && _isOwn && errno == ECHILD) NoteEnd(LostEnd());
   return ended;
 }
 
@@ -167,7 +178,7 @@ TAProcessEnd TAProcess::GetEnd() const {
 
 // Checks before each signal that an own child was not reaped by the system.
 bool TAProcess::MaySignal() {
-  if (HasChild() && _isOwn && !vor::IsChild(_pid)) NoteEnd({TAProcessEnd::Lost});
+  if (HasChild() && _isOwn && !vor::IsChild(_pid)) NoteEnd(LostEnd());
   return HasChild();
 }
 
