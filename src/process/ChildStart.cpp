@@ -83,6 +83,9 @@ class ChildPlan {
 
   bool MayWaitForParent() const { return IsNamedPipe(_output) || IsNamedPipe(_input); }
 
+  // Enters the container.  Called in the child, before anything else that it does.
+  void Enter() const { _entry.Apply(); }
+
   // Becomes the program.  Called in the child; returns errno if that fails.
   int Run();
 
@@ -95,12 +98,14 @@ class ChildPlan {
   std::vector<char*> _shell;  // the shell, then the arguments with the program first, then null
   const char* _output;
   const char* _input;
+  const Container::Entry _entry;
 };
 
 ChildPlan::ChildPlan(ChildRequest& request)
     : _arguments(std::move(request.arguments)),
       _output(request.settings.output.c_str()),
-      _input(request.settings.input.c_str()) {
+      _input(request.settings.input.c_str()),
+      _entry(request.entry) {
   if (_arguments.empty()) return;
   _paths = PathsOf(_arguments.front().c_str());  // up to a NUL, as exec
   _shell.reserve(_arguments.size() + 2);
@@ -222,6 +227,7 @@ struct ChildReport {
   *report.hasRun = true;
   RestoreSignals(signals);
   if (plan != nullptr) {
+    plan->Enter();
     *report.error = plan->Run();
   } else {
     [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, kNoMemory, strlen(kNoMemory));

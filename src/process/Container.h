@@ -1,6 +1,7 @@
 #ifndef VOR_PROCESS_CONTAINER_H
 #define VOR_PROCESS_CONTAINER_H
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <memory>
@@ -11,21 +12,29 @@ namespace vor {
 
 /// The processes of one command, found and signalled as its TAContainment says.
 ///
-/// Made before the command starts.  Its members are the command and what it has started; a member
-/// that is signalled is identified by a process descriptor or its start time, so another process
-/// that has got its number is safe.
+/// Made before the command starts.  Its members are the command and what it has started, as long as
+/// they have not ended.  A member that is signalled is identified by a process descriptor, its
+/// start time or a group that has members, so another process that has got its number is safe.
 ///
 /// Threads: one object belongs to one thread at a time.
 class Container {
  public:
-  /// What the start of a command has to do for it.
+  /// What the start of a command has to do for its container.
   struct Entry {
     const char* variable = nullptr;  ///< "NAME=value" for the environment; null: none
-    bool ownGroup = false;           ///< setpgid(0, 0)
-    int controlGroup = -1;           ///< the child writes "0" to this descriptor; -1: none
+    bool ownGroup = false;           ///< the command leads a process group
+    int controlGroup = -1;           ///< the file cgroup.procs of its control group; -1: none
+    rlim_t mark = 0;                 ///< see MarkedProcesses; 0: none
+
+    /// Applies all but the variable.  Called in the child before it opens a file, after a setsid.
+    /// Async-signal-safe; what cannot be applied is left out.
+    void Apply() const;
   };
 
+  /// Null for Tree, which needs a container only if SIGTERM precedes a kill: see MakeForTree.
   static std::unique_ptr<Container> Make(TAContainment containment);
+  /// For a command that runs already as the process \a root, a child of this one.
+  static std::unique_ptr<Container> MakeForTree(pid_t root);
   /// See TAProcess::ContainmentInUse.
   static const char* MeansOf(TAContainment containment);
 
@@ -40,19 +49,15 @@ class Container {
   /// The command was started as the process \a root, a child of this one; 0 if that failed.
   virtual void NoteStart(pid_t root) = 0;
 
-  /// Sends \a signal to all members, except that SIGKILL is repeated until none is left.  Returns
-  /// how many got it.
+  /// Sends \a signal to all members; SIGKILL again and again until none is left.  Returns how many
+  /// got it.
   virtual int SignalAll(int signal) = 0;
 
   /// Whether a member has not ended yet.
   virtual bool HasLiving() = 0;
 
-  /// Kills all members but the command itself, which has ended but was not reaped yet.  Returns how
-  /// many there were.
-  virtual int KillLeft() = 0;
-
-  /// Reaps the orphans of all commands that have become children of this process and have ended.
-  static void ReapOrphans();
+  /// The command has ended and will be reaped next; what it has left behind stays a member.
+  virtual void PrepareReap() {}
 };
 
 }  // namespace vor

@@ -17,15 +17,20 @@
 namespace vor {
 namespace {
 
+// Of the system's linux/pidfd.h, since Linux 6.9.
+constexpr unsigned kToGroup = 1u << 2;
+
+// \a flags: 0 or kToGroup, for the group that the process leads.
 template <typename IsWanted>
-int Signal(pid_t pid, int signal, IsWanted isWanted) {
+int Signal(pid_t pid, int signal, unsigned flags, IsWanted isWanted) {
   const FileDescriptor process = OpenProcess(pid);
   if (!isWanted()) return ESRCH;
   if (process.IsOpen()) {
-    if (syscall(SYS_pidfd_send_signal, process.Get(), signal, nullptr, 0) == 0) return 0;
-    if (errno != ENOSYS) return errno;
+    if (syscall(SYS_pidfd_send_signal, process.Get(), signal, nullptr, flags) == 0) return 0;
+    const bool isUnknown = errno == ENOSYS || (errno == EINVAL && flags != 0);
+    if (!isUnknown) return errno;
   }
-  return kill(pid, signal) == 0 ? 0 : errno;
+  return kill(flags == 0 ? pid : -pid, signal) == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -37,11 +42,15 @@ bool IsChild(pid_t pid) {
 }
 
 int SignalChild(pid_t pid, int signal) {
-  return Signal(pid, signal, [&] { return IsChild(pid); });
+  return Signal(pid, signal, 0, [&] { return IsChild(pid); });
+}
+
+int SignalGroup(pid_t leader, int signal) {
+  return Signal(leader, signal, kToGroup, [&] { return IsChild(leader); });
 }
 
 int SignalProcess(const ProcessRow& process, int signal) {
-  return Signal(process.pid, signal,
+  return Signal(process.pid, signal, 0,
                 [&] { return process.start == 0 || ReadStartTime(process.pid) == process.start; });
 }
 

@@ -14,6 +14,9 @@ bool IsChild(pid_t pid);
 /// Signals no other process, even if the child is reaped at this moment.
 int SignalChild(pid_t pid, int signal);
 
+/// The same for the process group that the child \a leader leads.
+int SignalGroup(pid_t leader, int signal);
+
 /// kill() for a process of the process table: returns 0 or an errno, ESRCH if it has ended.  Never
 /// signals a later process with the same number.
 int SignalProcess(const ProcessRow& process, int signal);

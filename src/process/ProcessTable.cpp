@@ -49,13 +49,18 @@ std::string_view TakeField(std::string_view& fields) {
 // Stores the fields of a stat file, "12 (name) S 1 ...".  The name may contain blanks and
 // parentheses; only a letter and numbers follow it.  False if there is no parent.
 bool ParseStat(std::string_view stat, ProcessRow& row) {
-  constexpr int kBetweenParentAndStart = 17;
+  constexpr int kBetweenGroupAndThreads = 14;
   const std::size_t nameEnd = stat.rfind(')');
   if (nameEnd == std::string_view::npos || stat.size() < nameEnd + 4) return false;
   row.state = stat[nameEnd + 2];
   stat.remove_prefix(nameEnd + 4);  // ") S "
   const std::optional<int> parent = NumberOf(TakeField(stat));
-  for (int field = 0; field < kBetweenParentAndStart; ++field) TakeField(stat);
+  row.group = NumberOf(TakeField(stat)).value_or(0);
+  for (int field = 0; field < kBetweenGroupAndThreads; ++field) TakeField(stat);
+  // The state is that of the first thread, which may have ended before the process has.
+  const int threads = NumberOf(TakeField(stat)).value_or(0);
+  if (row.state == 'Z' && threads > 1) row.state = 'S';
+  TakeField(stat);
   row.parent = parent.value_or(0);
   row.start = NumberOf<unsigned long long>(TakeField(stat)).value_or(0);
   return parent.has_value();
@@ -87,6 +92,17 @@ bool ReadWithReserve(Read read) {
   if (errno != EMFILE && errno != ENFILE) return false;
   const ReserveReleased released;
   return read();
+}
+
+// The row of one process by its number.
+StatResult ReadProcess(ProcessRow& row) {
+  const std::string name = std::string(kProc) + "/" + std::to_string(row.pid);
+  StatResult result;
+  ReadWithReserve([&] {
+    result = ReadStat(AT_FDCWD, name.c_str(), row);
+    return result != StatResult::Unreadable;
+  });
+  return result;
 }
 
 // Anything but printable ASCII separates words.
@@ -152,14 +168,18 @@ bool ReadProcessTable(ProcessTable& table) {
 
 std::optional<unsigned long long> ReadStartTime(int pid) {
   ProcessRow row{pid, 0};
-  const std::string name = std::string(kProc) + "/" + std::to_string(pid);
-  StatResult result;
-  ReadWithReserve([&] {
-    result = ReadStat(AT_FDCWD, name.c_str(), row);
-    return result != StatResult::Unreadable;
-  });
-  if (result == StatResult::Unreadable) return std::nullopt;
+  if (ReadProcess(row) == StatResult::Unreadable) return std::nullopt;
   return row.start;
+}
+
+bool HasEnded(const ProcessRow& process) {
+  return process.state == 'Z' || process.state == 'X' || process.state == 'x';
+}
+
+bool IsLiving(const ProcessRow& process) {
+  ProcessRow row{process.pid, 0};
+  if (ReadProcess(row) != StatResult::Read) return false;
+  return row.start == process.start && !HasEnded(row);
 }
 
 }  // namespace vor

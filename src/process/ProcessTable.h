@@ -10,8 +10,9 @@ namespace vor {
 struct ProcessRow {
   int pid;
   int parent;
-  char state = '\0';             ///< as in /proc/PID/stat, "T" stopped; NUL: not known
+  char state = '\0';  ///< as in /proc/PID/stat, but "Z" only if no thread lives; NUL: not known
   unsigned long long start = 0;  ///< in clock ticks since the system started; 0: not known
+  int group = 0;                 ///< the process group; 0: not known
 };
 
 using ProcessTable = std::vector<ProcessRow>;
@@ -32,6 +33,12 @@ bool ReadProcessListing(const char* command, ProcessTable& table);
 /// When the process \a pid started, as in ProcessRow; 0 if it has ended, none if that cannot be
 /// read.
 std::optional<unsigned long long> ReadStartTime(int pid);
+
+/// Whether the row shows a process that has ended and was not reaped.
+bool HasEnded(const ProcessRow& process);
+
+/// Whether the process of a row has not ended yet; no if that cannot be read.
+bool IsLiving(const ProcessRow& process);
 
 }  // namespace vor
 

@@ -37,14 +37,20 @@ bool IsMotionless(char state) {
   return kStates.find(state) != std::string_view::npos;
 }
 
-ProcessId IdOf(const ProcessRow& process) {
-  return {process.pid, process.start};
-}
-
 }  // namespace
 
 StoppedTree::StoppedTree(int root, bool isChild)
-    : _root(root), _isChild(isChild), _processes{{root, 0}} {
+    : _search([root](const ProcessTable& table) { return FindTree(root, table); }),
+      _child(isChild ? root : 0),
+      _processes{{root, 0}} {
+  Stop();
+}
+
+StoppedTree::StoppedTree(Search search) : _search(std::move(search)), _child(0) {
+  Stop();
+}
+
+void StoppedTree::Stop() {
   if (!Find()) return;
   const int self = getpid();
   const auto isSelf = [&](const ProcessRow& process) { return process.pid == self; };
@@ -66,7 +72,7 @@ std::vector<int> StoppedTree::SignalAll(int signal) const {
 }
 
 int StoppedTree::Signal(const ProcessRow& process, int signal) const {
-  if (_isChild && process.pid == _root) return SignalChild(_root, signal);
+  if (_child != 0 && process.pid == _child) return SignalChild(_child, signal);
   return SignalProcess(process, signal);
 }
 
@@ -95,7 +101,7 @@ void StoppedTree::StopAll() {
 bool StoppedTree::Find() {
   ProcessTable table;
   if (!ReadProcessTable(table)) return false;
-  _processes = FindTree(_root, table);
+  _processes = _search(table);
   std::set<ProcessId> found;
   for (const ProcessRow& process : _processes) found.insert(IdOf(process));
   std::set<ProcessId> living;

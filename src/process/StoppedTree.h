@@ -1,6 +1,7 @@
 #ifndef VOR_PROCESS_STOPPEDTREE_H
 #define VOR_PROCESS_STOPPEDTREE_H
 
+#include <functional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -14,8 +15,12 @@ namespace vor {
 /// number.
 using ProcessId = std::pair<int, unsigned long long>;
 
-/// A process and its descendants, stopped while they are killed, so that none can start another
-/// process in place of one that dies.
+inline ProcessId IdOf(const ProcessRow& process) {
+  return {process.pid, process.start};
+}
+
+/// A process and its descendants, or other processes that belong together, stopped while they are
+/// killed, so that none can start another process in place of one that dies.
 ///
 /// The destructor continues the processes that still live.  Until then, signals to the calling
 /// thread are blocked, because one that ended this process would leave the tree stopped.  If this
@@ -23,14 +28,20 @@ using ProcessId = std::pair<int, unsigned long long>;
 /// signal are not stopped either.
 class StoppedTree {
  public:
+  /// Returns the processes to stop that a process table shows.
+  using Search = std::function<ProcessTable(const ProcessTable& table)>;
+
   /// \a isChild: whether \a root is a child of this process.  The tree is empty if that child was
   /// reaped.
   StoppedTree(int root, bool isChild);
+  /// The processes that \a search finds; none if the process table cannot be read.
+  explicit StoppedTree(Search search);
   StoppedTree(const StoppedTree&) = delete;
   StoppedTree& operator=(const StoppedTree&) = delete;
   ~StoppedTree();
 
-  /// The root first, in the order of FindTree; only the root if the process table cannot be read.
+  /// In the order of the search, for a tree that of FindTree; only the root if the process table
+  /// cannot be read.
   const ProcessTable& Processes() const { return _processes; }
 
   /// The signals that the calling thread blocked before.
@@ -41,14 +52,15 @@ class StoppedTree {
   std::vector<int> SignalAll(int signal) const;
 
  private:
+  void Stop();
   bool Find();
   void StopAll();
   bool StopFound();
   int Signal(const ProcessRow& process, int signal) const;
 
   const UndisturbedScope _undisturbed;  // the first member, so that it ends last
-  const int _root;
-  const bool _isChild;
+  const Search _search;
+  const int _child;  // the root if it is a child, otherwise 0
   ProcessTable _processes;
   ProcessTable _stopped;
   std::set<ProcessId> _signalled;  // the stopped ones and the refused ones

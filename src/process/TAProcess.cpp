@@ -18,6 +18,7 @@
 #include "foundation/Tracing.h"
 #include "process/ChildStart.h"
 #include "process/CommandLine.h"
+#include "process/Container.h"
 #include "process/ProcessSignal.h"
 #include "process/ProcessTable.h"
 #include "process/ProcessTree.h"
@@ -50,6 +51,10 @@ TAProcessEnd LostEnd() {
   TAProcessEnd end;
   end.kind = TAProcessEnd::Lost;
   return end;
+}
+
+vor::Container::Entry EntryOf(const vor::Container* container) {
+  return container == nullptr ? vor::Container::Entry() : container->GetEntry();
 }
 
 TAProcessEnd NotStartedFor(int error) {
@@ -92,6 +97,22 @@ pid_t WaitFor(pid_t pid, int& rawStatus, int flags) {
   }
 }
 
+// Waits for the end of a child without reaping it, with WNOHANG in \a flags not at all.  Returns
+// whether it has ended or is no child any more.
+bool WaitForUnreaped(pid_t pid, int flags) {
+  for (;;) {
+    siginfo_t info = {};
+    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT | flags) == 0) {
+      if (info.si_pid == 0) return false;
+      if (info.si_code != CLD_TRAPPED && info.si_code != CLD_STOPPED) return true;
+      int rawStatus;
+      if (waitpid(pid, &rawStatus, WNOHANG) == pid) ContinueUntraced(pid, WSTOPSIG(rawStatus));
+    } else if (errno != EINTR) {
+      return errno == ECHILD;
+    }
+  }
+}
+
 // After a signal was sent with the result \a error: 0 if the process got it, has gone or belongs to
 // another user; 1 with a message if it could not be sent.
 int ReportSignal(int error) {
@@ -127,8 +148,11 @@ int TAProcess::Start(const VorString& command, int) {
   settings.output = _output;
   settings.input = _input;
   settings.filesRequired = false;
-  vor::StartedChild child = vor::StartChild({vor::ParseCommandLine(command), settings, {}});
+  MakeContainer();
+  vor::StartedChild child =
+      vor::StartChild({vor::ParseCommandLine(command), settings, EntryOf(_container.get())});
   _pid = std::max(child.pid, 0);
+  if (_container != nullptr) _container->NoteStart(_pid);
   _reaped = false;
   _isOwn = true;
   _end = TAProcessEnd();
@@ -155,11 +179,22 @@ int TAProcess::Wait(int& status) {
 // for instance.
 int TAProcess::Reap(int& status, int flags) {
   int rawStatus;
+  const int left = KillLeft(flags);
   const int ended = WaitFor(_pid, rawStatus, flags);
   status = Fold(rawStatus);
   if (ended == _pid) NoteEnd(EndFrom(rawStatus));
   if (ended < 0 && _isOwn && errno == ECHILD) NoteEnd(LostEnd());
+  if (ended != 0) _end.leftBehind = left;
   return ended;
+}
+
+// If a contained child has ended: does what has to be done before it is reaped.  Returns how many
+// processes it had left and were killed.
+int TAProcess::KillLeft(int flags) {
+  if (_container == nullptr || !WaitForUnreaped(_pid, flags)) return 0;
+  const int left = _killsLeft ? _container->SignalAll(SIGKILL) : 0;
+  _container->PrepareReap();
+  return left;
 }
 
 void TAProcess::NoteEnd(const TAProcessEnd& end) {
@@ -204,7 +239,11 @@ int TAProcess::KillWithSig(int hard) {
 }
 
 int TAProcess::KillTree() noexcept {
-  if (!MaySignal()) return kNothingKilled;
+  const bool maySignal = MaySignal();
+  if (_contained != TAContainment::Tree) {
+    return Contained().SignalAll(SIGKILL) > 0 ? 0 : kNothingKilled;
+  }
+  if (!maySignal) return kNothingKilled;
   const vor::StoppedTree tree(_pid, _isOwn);
   int result = 0;
   for (const std::string& command : vor::KillCommands(tree.Processes(), kLongestCommand)) {
@@ -216,10 +255,41 @@ int TAProcess::KillTree() noexcept {
 }
 
 int TAProcess::KillTreeWithSig(int hard) noexcept {
-  if (!MaySignal()) return 0;
+  const bool maySignal = MaySignal();
+  if (_contained != TAContainment::Tree) {
+    Contained().SignalAll(NumberOfSignal(hard));
+    return 0;
+  }
+  if (!maySignal) return 0;
   const vor::StoppedTree tree(_pid, _isOwn);
   for (const int error : tree.SignalAll(NumberOfSignal(hard))) ReportSignal(error);
   return 0;
+}
+
+void TAProcess::SetContainment(TAContainment containment) {
+  _containment = containment;
+}
+
+void TAProcess::SetLeavesNobody(bool leavesNobody) {
+  _leavesNobody = leavesNobody;
+}
+
+const char* TAProcess::ContainmentInUse() const {
+  return vor::Container::MeansOf(_containment);
+}
+
+// Before a start.
+void TAProcess::MakeContainer() {
+  _container.reset();  // it may hold what the new one needs
+  _container = vor::Container::Make(_containment);
+  _contained = _containment;
+  _killsLeft = _leavesNobody;
+}
+
+// The processes of the last child, also for Tree.
+vor::Container& TAProcess::Contained() {
+  if (_container == nullptr) _container = vor::Container::MakeForTree(HasChild() ? _pid : 0);
+  return *_container;
 }
 
 int TAProcess::GetProcessTree(VorListValVorString& pids) const noexcept {

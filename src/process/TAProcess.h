@@ -205,6 +205,9 @@ class VOR_API TAProcess {
   bool HasChild() const { return _pid > 0 && !_reaped; }
   int Reap(int& status, int flags);
   void NoteEnd(const TAProcessEnd& end);
+  void MakeContainer();
+  vor::Container& Contained();
+  int KillLeft(int flags);
   bool MaySignal();
   int SendSignal(int signal) const;
 
@@ -218,7 +221,9 @@ class VOR_API TAProcess {
   long long _startNs = 0;  // when it started, by CLOCK_BOOTTIME; 0 if it did not
   TAContainment _containment = TAContainment::Tree;  // of the next child
   bool _leavesNobody = false;                        // of the next child
-  std::unique_ptr<vor::Container> _container;        // of the last child
+  TAContainment _contained = TAContainment::Tree;    // of the last child
+  bool _killsLeft = false;                           // _leavesNobody of the last child
+  std::unique_ptr<vor::Container> _container;        // of the last child; for Tree made when needed
   std::shared_ptr<const int> _lateError;  // the errno of its exec once it has ended; null: in _end
 };
 
