@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include "process/ControlGroup.h"
+#include "process/ControlGroupContainer.h"
 #include "process/GroupContainer.h"
+#include "process/MarkedProcesses.h"
 #include "process/TreeContainer.h"
 
 namespace vor {
@@ -12,6 +15,7 @@ void Container::Entry::Apply() const {
     [[maybe_unused]] const ssize_t written = write(controlGroup, "0", 1);
   }
   if (ownGroup) setpgid(0, 0);
+  if (mark != 0) ApplyMark(mark);
 }
 
 std::unique_ptr<Container> Container::Make(TAContainment containment) {
@@ -19,8 +23,12 @@ std::unique_ptr<Container> Container::Make(TAContainment containment) {
     case TAContainment::Tree:
       return nullptr;
     case TAContainment::Group:
-    case TAContainment::Everything:
       return std::make_unique<GroupContainer>();
+    case TAContainment::Everything:
+      if (std::unique_ptr<ControlGroup> group = ControlGroup::Make()) {
+        return std::make_unique<ControlGroupContainer>(std::move(group));
+      }
+      return std::make_unique<MarkedProcesses>();
   }
   return nullptr;
 }
@@ -32,7 +40,15 @@ std::unique_ptr<Container> Container::MakeForTree(pid_t root) {
 }
 
 const char* Container::MeansOf(TAContainment containment) {
-  return containment == TAContainment::Tree ? "tree" : "group";
+  switch (containment) {
+    case TAContainment::Tree:
+      return "tree";
+    case TAContainment::Group:
+      return "group";
+    case TAContainment::Everything:
+      return ControlGroup::IsPossible() ? "cgroup" : "marks";
+  }
+  return "";
 }
 
 }  // namespace vor

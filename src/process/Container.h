@@ -1,9 +1,9 @@
 #ifndef VOR_PROCESS_CONTAINER_H
 #define VOR_PROCESS_CONTAINER_H
 
-#include <sys/resource.h>
 #include <sys/types.h>
 
+#include <cstdint>
 #include <memory>
 
 #include "process/TAContainment.h"
@@ -24,7 +24,7 @@ class Container {
     const char* variable = nullptr;  ///< "NAME=value" for the environment; null: none
     bool ownGroup = false;           ///< the command leads a process group
     int controlGroup = -1;           ///< the file cgroup.procs of its control group; -1: none
-    rlim_t mark = 0;                 ///< see MarkedProcesses; 0: none
+    std::uint64_t mark = 0;          ///< see MarkedProcesses; 0: none
 
     /// Applies all but the variable.  Called in the child before it opens a file, after a setsid.
     /// Async-signal-safe; what cannot be applied is left out.

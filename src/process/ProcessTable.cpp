@@ -84,21 +84,11 @@ StatResult ReadStat(int proc, const char* name, ProcessRow& row) {
   return ParseStat(stat, row) ? StatResult::Read : StatResult::Ended;
 }
 
-// Repeats \a read, which returns false and sets errno on a failure, with the descriptors in reserve
-// if there are no others.
-template <typename Read>
-bool ReadWithReserve(Read read) {
-  if (read()) return true;
-  if (errno != EMFILE && errno != ENFILE) return false;
-  const ReserveReleased released;
-  return read();
-}
-
 // The row of one process by its number.
 StatResult ReadProcess(ProcessRow& row) {
   const std::string name = std::string(kProc) + "/" + std::to_string(row.pid);
   StatResult result;
-  ReadWithReserve([&] {
+  WithReserve([&] {
     result = ReadStat(AT_FDCWD, name.c_str(), row);
     return result != StatResult::Unreadable;
   });
@@ -162,7 +152,7 @@ bool ReadProcessListing(const char* command, ProcessTable& table) {
 }
 
 bool ReadProcessTable(ProcessTable& table) {
-  return ReadWithReserve([&] { return ReadProcDirectory(kProc, table); }) ||
+  return WithReserve([&] { return ReadProcDirectory(kProc, table); }) ||
          ReadProcessListing(kListing, table);
 }
 

@@ -1,6 +1,8 @@
 #ifndef VOR_PROCESS_RESERVEDESCRIPTORS_H
 #define VOR_PROCESS_RESERVEDESCRIPTORS_H
 
+#include <errno.h>
+
 namespace vor {
 
 /// Reserves two descriptors, unless they are reserved already: a process that has used up its limit
@@ -16,6 +18,16 @@ class ReserveReleased {
   ReserveReleased& operator=(const ReserveReleased&) = delete;
   ~ReserveReleased();
 };
+
+/// Returns the result of \a action, which returns false and sets errno on a failure.  If it fails
+/// because no descriptor is free, it is repeated with those in reserve.
+template <typename Action>
+bool WithReserve(Action action) {
+  if (action()) return true;
+  if (errno != EMFILE && errno != ENFILE) return false;
+  const ReserveReleased released;
+  return action();
+}
 
 }  // namespace vor
 

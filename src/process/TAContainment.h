@@ -21,13 +21,13 @@ enum class TAContainment {
   ///   is killed by one write (cgroup.kill).  Missed: processes that were moved to another control
   ///   group, and what another process starts on request, such as a daemon.  Used if this process
   ///   may make a control group (cgroup v2, Linux 5.14).
-  /// - "subreaper": the environment of the command gets a mark, which its descendants inherit, and
-  ///   this process becomes their new parent if they lose theirs (PR_SET_CHILD_SUBREAPER), until it
-  ///   ends.  Members are the marked processes and their descendants; all are stopped before the
-  ///   first one is killed.  Missed: a process that has both lost its parents and cleared its
-  ///   environment or become another user's, and what another process starts on request.
+  /// - "marks": the command starts with two marks that its descendants inherit: a variable
+  ///   VOR_CONTAINER_..., and a value of the limit RLIMIT_LOCKS, which has no effect otherwise.
+  ///   Members are the marked processes and their descendants, found in the process table; all are
+  ///   stopped before the first one is killed.  Missed: a process that has lost its parents and
+  ///   both marks, and what another process starts on request.
   ///
-  /// Orphans of the command that end are reaped here, like the command itself.
+  /// Processes that this user must not signal survive both.
   Everything
 };
 

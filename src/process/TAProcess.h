@@ -165,7 +165,7 @@ class VOR_API TAProcess {
   /// report its end, and count it in TAProcessEnd::leftBehind; no by default.
   void SetLeavesNobody(bool leavesNobody);
   /// The means of the containment that the next start uses: "tree", "group", or for Everything
-  /// "cgroup" or "subreaper"; see TAContainment.
+  /// "cgroup" or "marks"; see TAContainment.
   const char* ContainmentInUse() const;
 
   /// Adds the identifiers of the child's descendants to \a pids.  An empty list gets that of the

@@ -1,0 +1,48 @@
+#ifndef VOR_PROCESS_CONTROLGROUPCONTAINER_H
+#define VOR_PROCESS_CONTROLGROUPCONTAINER_H
+
+#include <memory>
+
+#include "process/ControlGroup.h"
+#include "process/MarkedProcesses.h"
+
+// The child enters the control group before its exec, and all that it starts begins there.  Only a
+// write to the system's files moves a process to another group, so neither lost parents nor new
+// sessions nor a changed environment matter, and the system kills all members as one
+// (cgroup.kill): a member cannot escape by a fork.  Other signals go to each member while all are
+// stopped, see StoppedTree.
+//
+// That the group could be made does not mean that the child may enter it.  Its writing may fail,
+// and nothing reports that.  So the command has the marks of MarkedProcesses as well, and they are
+// used as long as it was not seen in its group.
+//
+// The group is removed when the command has ended and nobody is left; ControlGroup has the rest.
+//
+// Missed are processes that were moved to another control group, and those that another process
+// starts on request.
+
+namespace vor {
+
+/// The processes in the control group of a command.
+class ControlGroupContainer : public MarkedProcesses {
+ public:
+  explicit ControlGroupContainer(std::unique_ptr<ControlGroup> group) : _group(std::move(group)) {}
+  Entry GetEntry() const override;
+  void NoteStart(pid_t root) override;
+  int SignalAll(int signal) override;
+  bool HasLiving() override;
+  void PrepareReap() override;
+
+ protected:
+  ProcessTable Find(const ProcessTable& table) override;
+
+ private:
+  bool HasEntered();
+
+  std::unique_ptr<ControlGroup> _group;  // null once nobody can be left
+  bool _hasEntered = false;
+};
+
+}  // namespace vor
+
+#endif  // VOR_PROCESS_CONTROLGROUPCONTAINER_H
