@@ -5,20 +5,27 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <string>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "base/VorListValVorString.h"
 #include "foundation/Tracing.h"
+#include "process/ChildPlan.h"
 #include "process/ChildStart.h"
+#include "process/ChildWatch.h"
 #include "process/CommandLine.h"
 #include "process/Container.h"
+#include "process/OutputPipe.h"
 #include "process/ProcessSignal.h"
 #include "process/ProcessTable.h"
 #include "process/ProcessTree.h"
@@ -33,17 +40,30 @@ constexpr int kNothingKilled = 256;
 // exec takes 131,072 bytes in one argument, and the shell gets a command as one.
 constexpr std::size_t kLongestCommand = 130000;
 
+// Between looks at a child whose end would be noticed at once.
+constexpr int kLongestWaitMs = 1000;
+
+// For the end of a child that was killed: one that waits for a device may take long.
+constexpr int kMsForKilled = 10'000;
+
 int Fold(int rawStatus) {
   const unsigned raw = static_cast<unsigned>(rawStatus);
   return static_cast<int>(raw < 256 ? raw : raw >> 8);
 }
 
-TAProcessEnd EndFrom(int rawStatus) {
+double Seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+TAProcessEnd EndFrom(int rawStatus, const rusage& usage) {
   TAProcessEnd end;
   const bool isSignal = WIFSIGNALED(rawStatus);
   end.kind = isSignal ? TAProcessEnd::Signalled : TAProcessEnd::Exited;
   end.code = isSignal ? WTERMSIG(rawStatus) : WEXITSTATUS(rawStatus);
   end.coreDumped = isSignal && WCOREDUMP(rawStatus);
+  end.userSeconds = Seconds(usage.ru_utime);
+  end.systemSeconds = Seconds(usage.ru_stime);
+  end.peakMemoryKiB = usage.ru_maxrss;
   return end;
 }
 
@@ -57,12 +77,48 @@ vor::Container::Entry EntryOf(const vor::Container* container) {
   return container == nullptr ? vor::Container::Entry() : container->GetEntry();
 }
 
-TAProcessEnd NotStartedFor(int error) {
+TAProcessEnd NotStartedFor(const vor::StartFailure& failure) {
   TAProcessEnd end;
   end.kind = TAProcessEnd::NotStarted;
-  end.code = error;
+  end.code = failure.error;
+  end.object = failure.object;
   return end;
 }
+
+std::string MessageFor(const std::string& program, const vor::StartFailure& failure) {
+  const std::string object = failure.object.empty() ? "" : failure.object + ": ";
+  return "Unable to start " + program + ": " + object +
+         std::generic_category().message(failure.error);
+}
+
+std::string NameOf(const vor::ChildRequest& request) {
+  return request.arguments.empty() ? "" : request.arguments.front();
+}
+
+std::vector<std::string> TextsOf(const VorListValVorString& list) {
+  std::vector<std::string> texts;
+  texts.reserve(static_cast<std::size_t>(list.Size()));
+  for (int position = 1; position <= list.Size(); ++position) {
+    texts.emplace_back(list[position].View());
+  }
+  return texts;
+}
+
+// The end of a time of  limitMs milliseconds from now on.
+class Deadline {
+ public:
+  explicit Deadline(int limitMs) : _end(Clock::now() + std::chrono::milliseconds(limitMs)) {}
+
+  // In milliseconds, at most \a most; 0 if it is over.
+  int Left(int most) const {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(_end - Clock::now());
+    return static_cast<int>(std::clamp<long long>(left.count(), 0, most));
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point _end;
+};
 
 long long NanosecondsSinceBoot() {
   timespec now = {};
@@ -84,11 +140,11 @@ void ContinueUntraced(pid_t pid, int signal) {
   ptrace(PTRACE_DETACH, pid, nullptr, isStop ? 0 : signal);
 }
 
-// waitpid for an end.
-pid_t WaitFor(pid_t pid, int& rawStatus, int flags) {
+// wait4 for an end.
+pid_t WaitFor(pid_t pid, int& rawStatus, int flags, rusage& usage) {
   for (;;) {
     rawStatus = 0;
-    const pid_t ended = waitpid(pid, &rawStatus, flags);
+    const pid_t ended = wait4(pid, &rawStatus, flags, &usage);
     if (ended > 0 && WIFSTOPPED(rawStatus)) {
       ContinueUntraced(ended, WSTOPSIG(rawStatus));
     } else if (ended >= 0 || errno != EINTR) {
@@ -148,20 +204,110 @@ int TAProcess::Start(const VorString& command, int) {
   settings.output = _output;
   settings.input = _input;
   settings.filesRequired = false;
+  Launch({vor::ParseCommandLine(command), settings});
+  if (_pid > 0) return 0;
+  _errMsg = "Unable to fork process";
+  return 1;
+}
+
+int TAProcess::Start(const VorString& command, const TAProcessOptions& options) noexcept {
+  return StartChecked({vor::ParseCommandLine(command), options.Settings()});
+}
+
+int TAProcess::Start(const VorListValVorString& arguments,
+                     const TAProcessOptions& options) noexcept {
+  return StartChecked({TextsOf(arguments), options.Settings()});
+}
+
+// Makes a child the last one.
+vor::StartFailure TAProcess::Launch(vor::ChildRequest&& request) {
   MakeContainer();
-  vor::StartedChild child =
-      vor::StartChild({vor::ParseCommandLine(command), settings, EntryOf(_container.get())});
-  _pid = std::max(child.pid, 0);
+  request.entry = EntryOf(_container.get());
+  vor::StartedChild child = vor::StartChild(std::move(request));
+  NoteStart(std::max(child.pid, 0), child.failure);
+  _late = std::move(child.late);
+  return std::move(child.failure);
+}
+
+// \a pid: 0 for none.
+void TAProcess::NoteStart(int pid, const vor::StartFailure& failure) {
+  _pid = pid;
   if (_container != nullptr) _container->NoteStart(_pid);
   _reaped = false;
   _isOwn = true;
+  _late.reset();
   _end = TAProcessEnd();
-  if (child.error != 0) _end = NotStartedFor(child.error);
-  _lateError = std::move(child.lateError);
+  if (failure.error != 0) _end = NotStartedFor(failure);
   _startNs = NanosecondsSinceBoot();
-  if (child.pid > 0) return 0;
-  _errMsg = "Unable to fork process";
+}
+
+// Start with options.
+int TAProcess::StartChecked(vor::ChildRequest&& request) {
+  const std::string program = NameOf(request);
+  vor::StartFailure failure = vor::FindFault(request);
+  if (failure.error == 0) {
+    failure = Launch(std::move(request));
+    if (failure.error == 0) {
+      _errMsg = "no error";
+      return 0;
+    }
+    int rawStatus;
+    rusage usage;
+    if (HasChild()) WaitFor(_pid, rawStatus, 0, usage);  // it ends at once
+  }
+  return Refuse(program, failure);
+}
+
+// There is no child now.  Returns 1.
+int TAProcess::Refuse(const std::string& program, const vor::StartFailure& failure) {
+  _container.reset();
+  NoteStart(0, failure);
+  _errMsg = MessageFor(program, failure);
   return 1;
+}
+
+int TAProcess::Run(const VorListValVorString& arguments, const TAProcessOptions& options,
+                   VorString& output, TAProcessEnd& end, int limitMs,
+                   std::size_t maxBytes) noexcept {
+  vor::ChildRequest request = {TextsOf(arguments), options.Settings()};
+  vor::OutputPipe pipe(maxBytes);
+  const int error = pipe.Open();
+  request.outputPipe = pipe.Writer();
+  int result = error == 0 ? StartChecked(std::move(request))
+                          : Refuse(NameOf(request), {error, "pipe for the output"});
+  pipe.CloseWriter();
+  const bool hasStarted = result == 0;
+  const bool isOver = hasStarted && Collect(pipe, limitMs);
+  end = GetEnd();
+  if (end.kind == TAProcessEnd::NotStarted) result = 1;
+  if (hasStarted && !pipe.IsComplete()) result = 2;
+  if (isOver) {
+    end.kind = TAProcessEnd::TimedOut;
+    end.code = 0;
+    end.coreDumped = false;
+  }
+  output = VorString(pipe.Take());
+  return result;
+}
+
+// Reads the output of the child until it ends or has run for \a limitMs milliseconds, unless that
+// is 0, and is killed.  Returns whether it was.
+bool TAProcess::Collect(vor::OutputPipe& pipe, int limitMs) {
+  const Deadline deadline(limitMs);
+  const vor::FileDescriptor process = vor::OpenProcess(_pid);
+  int status;
+  while (Check(status) == 0) {
+    const int left = limitMs > 0 ? deadline.Left(kLongestWaitMs) : kLongestWaitMs;
+    if (left == 0) {
+      KillTree();
+      Wait(status, kMsForKilled);
+      pipe.Drain();
+      return true;
+    }
+    pipe.Collect(process, left);
+  }
+  pipe.Drain();
+  return false;
 }
 
 int TAProcess::Check(int& status) {
@@ -175,14 +321,29 @@ int TAProcess::Wait(int& status) {
   return 0;
 }
 
-// waitpid, which notes an end.  An own child that is not there was reaped elsewhere, by the system
+// A program that asks to be traced may stop, which is no end, but must be noticed.
+int TAProcess::Wait(int& status, int limitMs) noexcept {
+  if (limitMs < 0) return Wait(status);
+  const Deadline deadline(limitMs);
+  vor::ChildWatch watch;
+  watch.Insert(0, _pid);
+  while (Check(status) == 0) {
+    const int left = deadline.Left(kLongestWaitMs);
+    if (left == 0) return 1;
+    watch.WaitForEnd(left);
+  }
+  return 0;
+}
+
+// wait4, which notes an end.  An own child that is not there was reaped elsewhere, by the system
 // for instance.
 int TAProcess::Reap(int& status, int flags) {
   int rawStatus;
+  rusage usage = {};
   const int left = KillLeft(flags);
-  const int ended = WaitFor(_pid, rawStatus, flags);
+  const int ended = WaitFor(_pid, rawStatus, flags, usage);
   status = Fold(rawStatus);
-  if (ended == _pid) NoteEnd(EndFrom(rawStatus));
+  if (ended == _pid) NoteEnd(EndFrom(rawStatus, usage));
   if (ended < 0 && _isOwn && errno == ECHILD) NoteEnd(LostEnd());
   if (ended != 0) _end.leftBehind = left;
   return ended;
@@ -199,7 +360,11 @@ int TAProcess::KillLeft(int flags) {
 
 void TAProcess::NoteEnd(const TAProcessEnd& end) {
   _reaped = true;
-  if (_lateError != nullptr && *_lateError != 0) _end = NotStartedFor(*_lateError);
+  if (_late != nullptr) {
+    const vor::StartFailure failure = _late->Get();
+    if (failure.error != 0) _end = NotStartedFor(failure);
+    _late.reset();
+  }
   if (_end.kind == TAProcessEnd::NotStarted) return;
   _end = end;
   _end.seconds = SecondsSince(_startNs);

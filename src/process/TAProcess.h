@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "../base/Export.h"
 #include "../base/VorString.h"
@@ -14,7 +15,11 @@ class TAProcessOptions;
 class VorListValVorString;
 namespace vor {
 class Container;
-}
+class LateFailure;
+class OutputPipe;
+struct ChildRequest;
+struct StartFailure;
+}  // namespace vor
 
 /// One child process: starts it, polls or waits for its end, kills it alone or with every process
 /// descended from it.
@@ -81,12 +86,13 @@ class VOR_API TAProcess {
   /// and GetErrMsg, and then there is no child.  (Opening a named pipe may block, so the failure of
   /// such a start, and of anything after it, is only noticed by Check or Wait.)
   int Start(const VorString& command, const TAProcessOptions& options) noexcept;
-  /// The same for a program and its arguments, which are passed as they are.
+  /// The same for a program and its arguments, which are passed as they are; an empty list and a
+  /// NUL in an argument are failures (EINVAL).
   int Start(const VorListValVorString& arguments, const TAProcessOptions& options) noexcept;
 
   /// Runs a program until it ends, at most \a limitMs milliseconds (0: no limit), and stores in
-  /// \a output what it wrote to standard output and, unless the options name a file for that, to
-  /// standard error.  A program that reaches the limit is killed as by KillTree, and its end is
+  /// \a output what it wrote to standard output and standard error, as far as the options name no
+  /// files for these.  A program that reaches the limit is killed as by KillTree, and its end is
   /// TimedOut.
   ///
   /// Returns 0 if the output is complete, 1 if the program could not be started, 2 if it wrote more
@@ -203,6 +209,11 @@ class VOR_API TAProcess {
   friend class TAProcessList;
 
   bool HasChild() const { return _pid > 0 && !_reaped; }
+  vor::StartFailure Launch(vor::ChildRequest&& request);
+  void NoteStart(int pid, const vor::StartFailure& failure);
+  int StartChecked(vor::ChildRequest&& request);
+  int Refuse(const std::string& program, const vor::StartFailure& failure);
+  bool Collect(vor::OutputPipe& pipe, int limitMs);
   int Reap(int& status, int flags);
   void NoteEnd(const TAProcessEnd& end);
   void MakeContainer();
@@ -224,7 +235,7 @@ class VOR_API TAProcess {
   TAContainment _contained = TAContainment::Tree;    // of the last child
   bool _killsLeft = false;                           // _leavesNobody of the last child
   std::unique_ptr<vor::Container> _container;        // of the last child; for Tree made when needed
-  std::shared_ptr<const int> _lateError;  // the errno of its exec once it has ended; null: in _end
+  std::shared_ptr<const vor::LateFailure> _late;     // once it has ended; null: in _end
 };
 
 #endif  // VOR_PROCESS_TAPROCESS_H

@@ -15,7 +15,7 @@ struct ChildSettings;
 /// A value that may be used for many starts.  Each call returns the object:
 ///
 ///     process.Start("make check",
-///     TAProcessOptions().SetDirectory("build").SetOutput("check.log"));
+///                   TAProcessOptions().SetDirectory("build").SetOutput("check.log"));
 ///
 /// What is not set is inherited from this process.  If a setting cannot be applied, the command is
 /// not run: its end is NotStarted, and TAProcessEnd::object names the setting.
@@ -46,8 +46,8 @@ class VOR_API TAProcessOptions {
   TAProcessOptions& operator=(const TAProcessOptions& other);
   ~TAProcessOptions();
 
-  /// The working directory.  A program that is named with a "/" is looked for from there; the files
-  /// below are opened from the working directory of this process.
+  /// The working directory.  A relative name of the program, or directory in PATH, is looked for
+  /// from there; the files below are opened from the working directory of this process.
   TAProcessOptions& SetDirectory(const VorString& directory);
 
   // The environment: that of this process at the time of the start, changed by these calls in their
@@ -55,7 +55,7 @@ class VOR_API TAProcessOptions {
   // program is searched in the PATH of the resulting environment.
 
   /// Adds or replaces a variable.  A name that is empty or contains "=" or a NUL is a failure of
-  /// the start (EINVAL).
+  /// the start (EINVAL), and so is a NUL in any text here.
   TAProcessOptions& SetVariable(const VorString& name, const VorString& value);
   TAProcessOptions& UnsetVariable(const VorString& name);
   /// Removes all variables, also those that were set here before.
@@ -70,7 +70,7 @@ class VOR_API TAProcessOptions {
   /// Whether output is appended to the files; otherwise, by default, they are truncated.
   TAProcessOptions& SetAppend(bool append);
   /// Whether a file that cannot be opened is a failure of the start, as it is by default.
-  /// Otherwise the command inherits the stream instead.
+  /// Otherwise the command starts as if that file was not set.
   TAProcessOptions& SetFilesRequired(bool required);
 
   /// Limits the command; below 0 removes a limit that was set here.  A limit above the hard limit
