@@ -8,7 +8,7 @@
 namespace vor {
 namespace {
 
-constexpr int kMsForEnds = 1000;
+constexpr int kMsForEnds = 100;
 
 }  // namespace
 
@@ -29,8 +29,8 @@ int ControlGroupContainer::SignalAll(int signal) {
   if (signal != SIGKILL || !HasEntered()) return MarkedProcesses::SignalAll(signal);
   const std::size_t count = _group->Members().size();
   if (count == 0) return 0;
-  if (!_group->Kill()) return MarkedProcesses::SignalAll(signal);
-  _group->AwaitEmpty(kMsForEnds);
+  if (_group->Kill()) _group->AwaitEmpty(kMsForEnds);
+  if (_group->IsPopulated()) MarkedProcesses::SignalAll(signal);
   return static_cast<int>(count);
 }
 
