@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -12,6 +13,7 @@
 #include "base/VorListValVorString.h"
 #include "process/TAProcess.h"
 #include "process/TAProcessList.h"
+#include "process/TAProcessOptions.h"
 
 // Children, the process tree and lists of commands, each beside what a tool would use instead.
 
@@ -50,6 +52,41 @@ void StartOurs(benchmark::State& state) {
     process.Start(kProgram, 0);
     process.Wait(status);
   });
+}
+
+void StartWithOptions(benchmark::State& state) {
+  const TAProcessOptions options = TAProcessOptions()
+                                       .SetDirectory("/")
+                                       .SetVariable("A", "1")
+                                       .SetInput("/dev/null")
+                                       .SetOutput("/dev/null")
+                                       .SetLimit(TAProcessOptions::CoreBytes, 0)
+                                       .SetGroup(TAProcessOptions::OwnGroup);
+  const VorListValVorString arguments = {kProgram};
+  RunWithResidentSize(state, [&] {
+    TAProcess process;
+    int status;
+    if (process.Start(arguments, options) != 0) state.SkipWithError(process.GetErrMsg());
+    process.Wait(status);
+  });
+}
+
+// What posix_spawn offers of these options.
+pid_t SpawnWithAttributes() {
+  pid_t pid = -1;
+  posix_spawnattr_t attributes;
+  posix_spawn_file_actions_t actions;
+  posix_spawnattr_init(&attributes);
+  posix_spawn_file_actions_init(&actions);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  posix_spawn_file_actions_addchdir_np(&actions, "/");
+  posix_spawn(&pid, kProgram, &actions, &attributes, kArguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  posix_spawnattr_destroy(&attributes);
+  return pid;
 }
 
 template <pid_t (*start)()>
@@ -145,6 +182,10 @@ BENCHMARK_TEMPLATE(StartPeer, SpawnWithPosix)
     ->Name("BM_StartChild/posix_spawn")
     ->Apply(ResidentSizes);
 BENCHMARK_TEMPLATE(StartPeer, SpawnWithFork)->Name("BM_StartChild/fork_exec")->Apply(ResidentSizes);
+BENCHMARK(StartWithOptions)->Name("BM_StartWithOptions/ours")->Apply(ResidentSizes);
+BENCHMARK_TEMPLATE(StartPeer, SpawnWithAttributes)
+    ->Name("BM_StartWithOptions/posix_spawn")
+    ->Apply(ResidentSizes);
 BENCHMARK(TreeOurs)->Name("BM_ProcessTree/ours")->Apply(TreeSizes);
 BENCHMARK(TreeFromPipe)->Name("BM_ProcessTree/ps_pipe")->Apply(TreeSizes);
 BENCHMARK(ListOurs)->Name("BM_RunCommands/ours")->Apply(Limits);
