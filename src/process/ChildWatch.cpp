@@ -11,6 +11,8 @@
 #include <chrono>
 #include <cstddef>
 
+#include "process/WakeEvent.h"
+
 // A wait must cost nothing while nothing happens, and it must leave the tool alone: no handler of
 // SIGCHLD, no thread, and no wait that reaps other children.  That leaves poll on process
 // descriptors.
@@ -59,6 +61,14 @@ int MsUntil(Clock::time_point end, bool isLimited) {
   return std::max(static_cast<int>(ceil<milliseconds>(end - Clock::now()).count()), 0);
 }
 
+// Less than 0 milliseconds for no limit.
+int Poll(std::vector<pollfd>& polled, int limitMs, const sigset_t* mask) {
+  constexpr int kMsPerSecond = 1000;
+  constexpr long kNsPerMs = 1'000'000;
+  const timespec limit = {limitMs / kMsPerSecond, limitMs % kMsPerSecond * kNsPerMs};
+  return ppoll(polled.data(), polled.size(), limitMs < 0 ? nullptr : &limit, mask);
+}
+
 }  // namespace
 
 FileDescriptor OpenProcess(pid_t pid) {
@@ -70,14 +80,18 @@ ChildWatch::~ChildWatch() {
 }
 
 void ChildWatch::Insert(std::size_t index, pid_t pid) {
-  _children.insert(_children.begin() + static_cast<std::ptrdiff_t>(index),
-                   Child{pid, FileDescriptor()});
+  _children.insert(_children.begin() + static_cast<std::ptrdiff_t>(index), Child{.pid = pid});
 }
 
 void ChildWatch::Remove(std::size_t index) {
   const auto child = _children.begin() + static_cast<std::ptrdiff_t>(index);
   Close(*child);
   _children.erase(child);
+}
+
+void ChildWatch::Ignore(std::size_t index) {
+  Close(_children[index]);
+  _children[index].isIgnored = true;
 }
 
 bool ChildWatch::Open(Child& child) {
@@ -96,10 +110,11 @@ void ChildWatch::Close(Child& child) {
 // its descriptor was opened, because if the child was already reaped, the descriptor may be that of
 // another process.
 bool ChildWatch::Prepare() {
-  _polled.clear();
+  _polled.assign(1, {-1, POLLIN, 0});
   _others.clear();
   bool mayOpen = true;
   for (Child& child : _children) {
+    if (child.isIgnored) continue;
     if (!child.process.IsOpen() && mayOpen) {
       mayOpen = Open(child);
       if (HasEnded(child.pid)) return true;
@@ -124,27 +139,49 @@ bool ChildWatch::HasOtherEnded() {
   return false;
 }
 
+bool ChildWatch::HasPolledEnded() const {
+  return std::any_of(_polled.begin() + 1, _polled.end(),
+                     [](const pollfd& polled) { return polled.revents != 0; });
+}
+
 bool ChildWatch::WaitForEnd(int limitMs) {
+  return Wait(limitMs, nullptr, nullptr) == kEnded;
+}
+
+ChildWatch::Outcome ChildWatch::Wait(int limitMs, WakeEvent& wake, const sigset_t& mask) {
+  return Wait(limitMs, &wake, &mask);
+}
+
+// Without a descriptor for the event, that is checked at intervals, too.
+ChildWatch::Outcome ChildWatch::Wait(int limitMs, WakeEvent* wake, const sigset_t* mask) {
   const auto end = Clock::now() + milliseconds(std::max(limitMs, 0));
-  if (Prepare()) return true;
+  if (Prepare()) return kEnded;
+  if (wake != nullptr && limitMs != 0) _polled.front().fd = wake->Open();
+  const bool isComplete = _others.empty() && (wake == nullptr || _polled.front().fd >= 0);
   for (int interval = kShortestIntervalMs;; interval = std::min(2 * interval, kLongestIntervalMs)) {
-    if (HasOtherEnded()) return true;
+    if (wake != nullptr && wake->Take()) return kWoken;
+    if (HasOtherEnded()) return kEnded;
     const int left = MsUntil(end, limitMs >= 0);
-    const bool isLast = _others.empty() || (left >= 0 && left <= interval);
-    const int ready = poll(_polled.data(), _polled.size(), isLast ? left : interval);
-    if (ready > 0) return true;
-    if (ready < 0) return RecoverFromPoll();
-    if (isLast) return HasOtherEnded();
+    const bool isLast = isComplete || (left >= 0 && left <= interval);
+    const int ready = Poll(_polled, isLast ? left : interval, mask);
+    if (ready < 0) {
+      if (errno == EINTR) return kWoken;
+      RecoverFromPoll();
+      return kNothing;
+    }
+    if (HasPolledEnded()) return kEnded;
+    if (ready > 0) {
+      wake->Drain();  // the event may have been taken before; otherwise it is found set above
+    } else if (isLast) {
+      return HasOtherEnded() ? kEnded : kNothing;
+    }
   }
 }
 
-// After a failed poll.  Always returns false.
-bool ChildWatch::RecoverFromPoll() {
-  if (errno == EINTR) return false;
-  // The limit is now below the number of descriptors held, or there is no memory.
+// The limit of descriptors is now below the number held, or there is no memory.
+void ChildWatch::RecoverFromPoll() {
   for (Child& child : _children) Close(child);
   poll(nullptr, 0, kShortestIntervalMs);
-  return false;
 }
 
 }  // namespace vor

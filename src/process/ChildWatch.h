@@ -2,6 +2,7 @@
 #define VOR_PROCESS_CHILDWATCH_H
 
 #include <poll.h>
+#include <signal.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -10,6 +11,8 @@
 #include "base/PosixFile.h"
 
 namespace vor {
+
+class WakeEvent;
 
 /// Opens a process descriptor, which is readable once the process has ended; not open if the
 /// process was reaped or there are no such descriptors.  Never below 3, close-on-exec.
@@ -23,6 +26,13 @@ FileDescriptor OpenProcess(pid_t pid);
 /// system has no process descriptors, are checked at intervals.
 class ChildWatch {
  public:
+  /// Why a wait has ended.
+  enum Outcome {
+    kEnded,  ///< a child has ended
+    kWoken,  ///< by the event, which it has taken, or by a signal
+    kNothing
+  };
+
   ChildWatch() = default;
   ChildWatch(const ChildWatch&) = delete;
   ChildWatch& operator=(const ChildWatch&) = delete;
@@ -35,25 +45,35 @@ class ChildWatch {
   /// Removes the child at the 0-based \a index.
   void Remove(std::size_t index);
 
+  /// From now on the end of the child at the 0-based \a index, which has ended, ends no wait.
+  void Ignore(std::size_t index);
+
   /// Waits at most \a limitMs milliseconds, negative for no limit, and returns whether a child has
   /// ended.  It may return false early, for example when a signal arrives.
   bool WaitForEnd(int limitMs);
 
+  /// The same, until \a wake is set or a signal arrives that \a mask does not block; the caller
+  /// blocks all signals meanwhile.  It may return kNothing early.
+  Outcome Wait(int limitMs, WakeEvent& wake, const sigset_t& mask);
+
  private:
   struct Child {
     pid_t pid;
-    FileDescriptor process;  // not open: checked at intervals
+    FileDescriptor process = {};  // not open: checked at intervals
+    bool isIgnored = false;
   };
 
+  Outcome Wait(int limitMs, WakeEvent* wake, const sigset_t* mask);
   bool Prepare();
   bool HasOtherEnded();
-  bool RecoverFromPoll();
+  bool HasPolledEnded() const;
+  void RecoverFromPoll();
 
   static bool Open(Child& child);
   static void Close(Child& child);
 
   std::vector<Child> _children;
-  std::vector<pollfd> _polled;  // for one wait: of the children that have a descriptor
+  std::vector<pollfd> _polled;  // for one wait: the event, then the children with a descriptor
   std::vector<pid_t> _others;   // for one wait: the other children
   std::size_t _next = 0;        // of _others, the next one to check by itself
 };
