@@ -49,8 +49,8 @@ class Container {
   /// The command was started as the process \a root, a child of this one; 0 if that failed.
   virtual void NoteStart(pid_t root) = 0;
 
-  /// Sends \a signal to all members; SIGKILL again and again until none is left.  Returns how many
-  /// got it.
+  /// Sends \a signal to all members; SIGKILL again and again until none is left.  After SIGTERM, or
+  /// with it, stopped members are continued.  Returns how many got the signal.
   virtual int SignalAll(int signal) = 0;
 
   /// Whether a member has not ended yet.

@@ -18,6 +18,7 @@ int GroupContainer::SignalAll(int signal) {
   if (!IsChild(Root().pid)) return SearchedContainer::SignalAll(signal);
   const ProcessTable members = FindLiving();
   SignalGroup(Root().pid, signal);
+  if (signal == SIGTERM) SignalGroup(Root().pid, SIGCONT);
   const auto hasLeft = [&](const ProcessRow& process) { return process.group != Root().pid; };
   if (std::any_of(members.begin(), members.end(), hasLeft)) SignalChild(Root().pid, signal);
   if (signal == SIGKILL) AwaitEnds(members);

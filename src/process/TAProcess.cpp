@@ -349,6 +349,11 @@ int TAProcess::Reap(int& status, int flags) {
   return ended;
 }
 
+// Like Check, but does not reap.
+bool TAProcess::HasEnded() {
+  return !HasChild() || WaitForUnreaped(_pid, WNOHANG);
+}
+
 // If a contained child has ended: does what has to be done before it is reaped.  Returns how many
 // processes it had left and were killed.
 int TAProcess::KillLeft(int flags) {

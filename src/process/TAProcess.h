@@ -214,6 +214,7 @@ class VOR_API TAProcess {
   int StartChecked(vor::ChildRequest&& request);
   int Refuse(const std::string& program, const vor::StartFailure& failure);
   bool Collect(vor::OutputPipe& pipe, int limitMs);
+  bool HasEnded();
   int Reap(int& status, int flags);
   void NoteEnd(const TAProcessEnd& end);
   void MakeContainer();

@@ -2,6 +2,7 @@
 #define VOR_PROCESS_TAPROCESSLIST_H
 
 #include <cstddef>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -15,7 +16,8 @@ class VorListValVorString;
 struct processInfo;
 namespace vor {
 class ChildWatch;
-}
+class WakeEvent;
+}  // namespace vor
 
 /// A queue of commands that run as child processes, a limited number at a time.  Each may have a
 /// time limit.
@@ -36,13 +38,13 @@ class ChildWatch;
 /// Ownership: keeps copies of its arguments.  The destructor neither kills nor waits for children
 ///            that still run; they go on, and stay in the process table when they end.  It waits up
 ///            to 0.1 seconds for those that were killed.
-/// Errors:    return codes cannot distinguish all ends: the return code is also 0 if the fork
-///            failed or if the command was reaped elsewhere.  After TAProcess::ZombiClean, which a
-///            TAThread clean-up calls, or with SIGCHLD ignored from the start, the system reaps all
-///            of them, so every command "passes".  GetEnd distinguishes these from a success.  A
-///            position outside the list is a bug of the caller: a message on standard error, then
-///            abort.
-/// Threads:   a list belongs to one thread at a time.
+/// Errors:    return codes cannot distinguish all ends: the return code is also 0 if the command
+///            was reaped elsewhere, and without options if the fork failed.  After
+///            TAProcess::ZombiClean, which a TAThread clean-up calls, or with SIGCHLD ignored from
+///            the start, the system reaps all of them, so every command "passes".  GetEnd
+///            distinguishes these from a success.  A position outside the list is a bug of the
+///            caller: a message on standard error, then abort.
+/// Threads:   a list belongs to one thread at a time, except for Wake.
 class VOR_API TAProcessList {
  public:
   /// The states of a command, as GetStatus returns them.
@@ -71,9 +73,12 @@ class VOR_API TAProcessList {
   /// TAProcess::SetOutput: a file that cannot be opened is ignored).
   int Start(const VorString& command, int timeout, const VorString& output) noexcept;
 
-  /// Queues \a command with \a options, which may run for \a limitMs milliseconds; 0 for no limit.
-  /// Returns its position.  The time is measured exactly, unlike that in seconds, and does not
-  /// follow changes of the clock.
+  /// Queues \a command with \a options, which may run for \a limitMs milliseconds; 0 or less for no
+  /// limit.  Returns its position.  Unlike seconds, milliseconds are exact: they follow the steady
+  /// clock (CLOCK_MONOTONIC), which nobody sets and which stands still while the system sleeps.
+  ///
+  /// A command that cannot be started as the options say is done at the next Check, with the kind
+  /// of end NotStarted and the return code 1.
   int Start(const VorString& command, const TAProcessOptions& options, int limitMs) noexcept;
   /// The same for a program and its arguments, which are passed as they are.
   int Start(const VorListValVorString& arguments, const TAProcessOptions& options,
@@ -83,13 +88,14 @@ class VOR_API TAProcessList {
   void SetOrder(Order order);
 
   /// Starts no further command while the load average of the last minute is above \a load, except
-  /// that one may always run; 0 or less, the default, for no such limit.
+  /// that one may always run; 0 or less, the default, for no such limit.  The system updates the
+  /// average every few seconds, so it does not hold back commands that start at once.
   void SetMaxLoad(double load);
 
   /// Selects how commands that reach their time limit or are cancelled end: 0, the default, kills
   /// them at once.  Otherwise their processes get SIGTERM first, and what is left of them after
   /// \a milliseconds is killed.  Until then, or until all of them have ended, they count as
-  /// running.
+  /// running.  Stopped processes are continued, so that they can act.
   void SetGrace(int milliseconds);
 
   /// For all commands that start from now on; see TAProcess.
@@ -99,7 +105,9 @@ class VOR_API TAProcessList {
 
   /// Cancels one command, or all that are not done.  A waiting one never starts and is done; a
   /// running one is killed, see SetGrace.  Their kind of end is Cancelled, unless they have ended
-  /// or reached their time limit before.  Cancelled commands have the return code Cancelled.
+  /// or reached their time limit before.  Cancelled commands have the return code Cancelled.  A
+  /// command whose grace time runs already is left alone, unless SetGrace(0) was called since: then
+  /// it is killed now.
   void Cancel(int position) noexcept;
   void CancelAll() noexcept;
 
@@ -107,9 +115,11 @@ class VOR_API TAProcessList {
   /// limit, each with its whole process tree (see TAProcess::KillTree), and starts waiting ones up
   /// to the limit.  Returns 1 if a command changed its state, else 0.
   ///
-  /// Callers rely on the order: the command added last starts first.  A command is killed by the
-  /// first Check after the second of the clock in which its time limit ends.  The cost grows with
-  /// the commands that run, not with those that wait or are done.
+  /// Callers rely on the order: the command added last starts first, unless SetOrder was called.  A
+  /// command with a time limit in seconds is killed by the first Check after the second of the
+  /// clock in which it ends.  The cost grows with the commands that run, not with those that wait
+  /// or are done.  After a kill, Check, Cancel and CancelAll wait up to 0.1 seconds for the end, so
+  /// that GetEnd knows what the command has used; if it takes longer, a later Check adds that.
   int Check() noexcept;
 
   /// Blocks until Check has something to do: a running command has ended or reached its time limit,
@@ -149,8 +159,15 @@ class VOR_API TAProcessList {
   TAProcessEnd GetEnd(int position) const;
 
  private:
+  int Add(std::unique_ptr<processInfo> entry);
   bool NoticeEnds();
-  bool KillOverdue();
+  bool HasEnded(std::size_t index);
+  bool StopOverdue();
+  bool Stop(std::size_t index, TAProcessEnd::Kind reason);
+  bool CancelRunning(std::size_t index);
+  void CancelWaiting(int position);
+  void Kill(std::size_t index);
+  void AwaitKilled();
   void ReapKilled();
   bool MayLaunch() const;
   void LaunchNext();
@@ -158,11 +175,17 @@ class VOR_API TAProcessList {
   processInfo& Entry(int position) const;
 
   std::vector<std::unique_ptr<processInfo>> _entries;
-  std::vector<int> _waiting;  // positions, the next one to start at the end
+  std::deque<int> _waiting;   // positions, ascending
   std::vector<int> _running;  // positions, the command added last first
   std::vector<int> _killed;   // positions of children that were killed and not yet reaped
   std::unique_ptr<vor::ChildWatch> _watch;  // the children of _running, in its order
+  const std::unique_ptr<vor::WakeEvent> _wake;
   int _maxRunning;
+  Order _order = LastAddedFirst;
+  double _maxLoad = 0;  // 0 or less: no limit
+  int _graceMs = 0;
+  TAContainment _containment = TAContainment::Tree;
+  bool _leavesNobody = false;
 };
 
 #endif  // VOR_PROCESS_TAPROCESSLIST_H
