@@ -7,8 +7,8 @@
 //
 // Forks do not lock the list itself, because that could deadlock: a thread that holds the first
 // lock and forks would wait for the list, while another fork holds the list and waits for that
-// lock.  Instead, locks are added to the list and never removed, and each records whether the fork
-// in progress holds it.
+// lock.  Instead, locks are added to the list and never removed, and each records whose fork holds
+// it: one that is added during a fork is not released by it.
 
 namespace vor {
 namespace {
@@ -35,13 +35,15 @@ ForkRegistration::ForkRegistration(ForkSafeLock& lock) {
 void ForkRegistration::Prepare() {
   for (ForkSafeLock* lock = firstLock; lock != nullptr; lock = lock->_next) {
     lock->BeforeFork();
-    lock->_isForks = true;
+    lock->_forker = pthread_self();
   }
 }
 
 void ForkRegistration::Finish() {
   for (ForkSafeLock* lock = firstLock; lock != nullptr; lock = lock->_next) {
-    if (lock->_isForks.exchange(false)) lock->AfterFork();
+    if (pthread_equal(lock->_forker, pthread_self()) == 0) continue;
+    lock->_forker = pthread_t{};
+    lock->AfterFork();
   }
 }
 

@@ -57,9 +57,7 @@ bool ParseStat(std::string_view stat, ProcessRow& row) {
   const std::optional<int> parent = NumberOf(TakeField(stat));
   row.group = NumberOf(TakeField(stat)).value_or(0);
   for (int field = 0; field < kBetweenGroupAndThreads; ++field) TakeField(stat);
-  // The state is that of the first thread, which may have ended before the process has.
-  const int threads = NumberOf(TakeField(stat)).value_or(0);
-  if (row.state == 'Z' && threads > 1) row.state = 'S';
+  row.threads = NumberOf(TakeField(stat)).value_or(1);
   TakeField(stat);
   row.parent = parent.value_or(0);
   row.start = NumberOf<unsigned long long>(TakeField(stat)).value_or(0);
@@ -93,6 +91,12 @@ StatResult ReadProcess(ProcessRow& row) {
     return result != StatResult::Unreadable;
   });
   return result;
+}
+
+// Stopped, traced, or ended; or not known, where the table comes from a listing.
+bool IsMotionlessState(const ProcessRow& thread) {
+  constexpr std::string_view kStates("TtZXx\0", 6);
+  return kStates.find(thread.state) != std::string_view::npos;
 }
 
 // Anything but printable ASCII separates words.
@@ -163,7 +167,17 @@ std::optional<unsigned long long> ReadStartTime(int pid) {
 }
 
 bool HasEnded(const ProcessRow& process) {
+  if (process.threads > 1) return false;  // the first one may have ended
   return process.state == 'Z' || process.state == 'X' || process.state == 'x';
+}
+
+bool IsMotionless(const ProcessRow& process, const char* directory) {
+  if (!IsMotionlessState(process)) return false;
+  if (process.threads <= 1) return true;
+  const std::string path = directory + ("/" + std::to_string(process.pid)) + "/task";
+  ProcessTable tasks;
+  return WithReserve([&] { return ReadProcDirectory(path.c_str(), tasks); }) &&
+         std::all_of(tasks.begin(), tasks.end(), IsMotionlessState);
 }
 
 bool IsLiving(const ProcessRow& process) {

@@ -10,9 +10,10 @@ namespace vor {
 struct ProcessRow {
   int pid;
   int parent;
-  char state = '\0';  ///< as in /proc/PID/stat, but "Z" only if no thread lives; NUL: not known
+  char state = '\0';             ///< of its first thread, as in /proc/PID/stat; NUL: not known
   unsigned long long start = 0;  ///< in clock ticks since the system started; 0: not known
   int group = 0;                 ///< the process group; 0: not known
+  int threads = 1;               ///< that have not ended, and the first one
 };
 
 using ProcessTable = std::vector<ProcessRow>;
@@ -36,6 +37,10 @@ std::optional<unsigned long long> ReadStartTime(int pid);
 
 /// Whether the row shows a process that has ended and was not reaped.
 bool HasEnded(const ProcessRow& process);
+
+/// Whether all threads of the process have stopped or ended, so that it can start no other process;
+/// yes if its state is not known.  \a directory: the process file system.
+bool IsMotionless(const ProcessRow& process, const char* directory = "/proc");
 
 /// Whether the process of a row has not ended yet; no if that cannot be read.
 bool IsLiving(const ProcessRow& process);

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <string_view>
 
 #include "process/ProcessSignal.h"
 #include "process/ProcessTree.h"
@@ -16,9 +15,9 @@
 // SIGSTOP, and the table is read again until it shows no new one.
 //
 // SIGSTOP takes effect some time after it was sent, and a fork that has begun still completes.  But
-// a process that the table shows as stopped starts no more processes, and all that it has started
-// are in the table.  So the search is complete once a whole reading of the table, begun after all
-// members were seen stopped, shows the same members.
+// a process all of whose threads are shown as stopped starts no more processes, and all that it has
+// started are in the table.  So the search is complete once a whole reading of the table, begun
+// after all members were seen stopped, shows the same members.
 //
 // A member may never be seen stopped: a parent waits for the exec of a child that is stopped before
 // it, or waits for a disk.  And a tree may grow faster than it is stopped.  So the number of
@@ -30,12 +29,6 @@ namespace {
 constexpr int kMostReadings = 100;
 constexpr int kMostQuietReadings = 20;  // one after another, without anything new
 constexpr int kMsBetweenReadings = 1;   // if there is nothing new to stop
-
-// Stopped, traced, or dead; or not known, where the table comes from a listing.
-bool IsMotionless(char state) {
-  constexpr std::string_view kStates("TtZXx\0", 6);
-  return kStates.find(state) != std::string_view::npos;
-}
 
 }  // namespace
 
@@ -88,7 +81,7 @@ void StoppedTree::StopAll() {
     if (std::none_of(_processes.begin(), _processes.end(), isRestless)) return;
     motionless.clear();
     for (const ProcessRow& process : _processes) {
-      if (IsMotionless(process.state) || _refused.count(IdOf(process)) != 0) {
+      if (IsMotionless(process) || _refused.count(IdOf(process)) != 0) {
         motionless.insert(IdOf(process));
       }
     }
@@ -101,6 +94,10 @@ void StoppedTree::StopAll() {
 bool StoppedTree::Find() {
   ProcessTable table;
   if (!ReadProcessTable(table)) return false;
+  if (_child != 0 && !IsChild(_child)) {  // the table may show another process of its number
+    _processes.clear();
+    return false;
+  }
   _processes = _search(table);
   std::set<ProcessId> found;
   for (const ProcessRow& process : _processes) found.insert(IdOf(process));

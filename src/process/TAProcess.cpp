@@ -415,6 +415,7 @@ int TAProcess::KillTree() noexcept {
   }
   if (!maySignal) return kNothingKilled;
   const vor::StoppedTree tree(_pid, _isOwn);
+  if (tree.Processes().empty()) return kNothingKilled;
   int result = 0;
   for (const std::string& command : vor::KillCommands(tree.Processes(), kLongestCommand)) {
     const int one = vor::RunInShell(command.c_str(), &tree.Mask());

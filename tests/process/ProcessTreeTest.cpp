@@ -101,3 +101,26 @@ TEST(ProcessTable, ReadsEitherSource) {
   ASSERT_TRUE(vor::ReadProcessListing(("cat " + file).c_str(), table));
   EXPECT_EQ(table, (ProcessTable{{3, 1}, {5, 3}}));
 }
+
+// The first thread stops or ends before the others.
+TEST(ProcessTable, SeesAllThreads) {
+  const struct {
+    const char* threads;
+    std::string first, second;
+    bool isMotionless;
+  } rows[] = {{"1", "T", "R", true},  {"1", "S", "T", false}, {"2", "T", "R", false},
+              {"2", "Z", "R", false}, {"2", "Z", "T", true},  {"2", "T", "T", true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.threads + row.first + row.second);
+    TempDir dir;
+    const std::string rest =
+        std::string(" 1 7 7 0 -1 0 0 0 0 0 0 0 0 0 20 0 ") + row.threads + " 0 5";
+    dir.Write("7/stat", "7 (x) " + row.first + rest);
+    dir.Write("7/task/7/stat", "7 (x) " + row.first + rest);
+    dir.Write("7/task/8/stat", "8 (x) " + row.second + rest);
+    ProcessTable table;
+    ASSERT_TRUE(vor::ReadProcDirectory(dir.Path().c_str(), table));
+    EXPECT_EQ(vor::IsMotionless(table.at(0), dir.Path().c_str()), row.isMotionless);
+    EXPECT_FALSE(vor::HasEnded(table.at(0)));
+  }
+}
