@@ -44,7 +44,7 @@ class ForkSafeLock {
 
   const ForkStage _stage;
   std::atomic<ForkSafeLock*> _next{nullptr};  // in the order of stages
-  std::atomic<bool> _isForks{false};          // held by the fork in progress
+  std::atomic<pthread_t> _forker{};           // whose fork holds it; pthread_t{}: none
 };
 
 /// Registers a lock, so that each fork holds it.  For static objects only.  The registering thread
