@@ -27,8 +27,9 @@ void ControlGroupContainer::NoteStart(pid_t root) {
 int ControlGroupContainer::SignalAll(int signal) {
   if (_group == nullptr) return 0;
   if (signal != SIGKILL || !HasEntered()) return MarkedProcesses::SignalAll(signal);
-  const std::size_t count = _group->Members().size();
-  if (count == 0) return 0;
+  if (!_group->IsPopulated()) return 0;
+  // A reading may miss a process that starts another one and ends, so at least one was there.
+  const std::size_t count = std::max<std::size_t>(_group->Members().size(), 1);
   if (_group->Kill()) _group->AwaitEmpty(kMsForEnds);
   if (_group->IsPopulated()) MarkedProcesses::SignalAll(signal);
   return static_cast<int>(count);
