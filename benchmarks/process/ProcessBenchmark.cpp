@@ -2,20 +2,17 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <stdio.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "base/VorListValVorString.h"
 #include "process/TAProcess.h"
-#include "process/TAProcessList.h"
 #include "process/TAProcessOptions.h"
 
-// Children, the process tree and lists of commands, each beside what a tool would use instead.
+// Single children and the process tree, each beside what a tool would use instead.
 
 namespace {
 
@@ -141,38 +138,12 @@ void TreeFromPipe(benchmark::State& state) {
   }
 }
 
-constexpr int kCommands = 10000;
-
-// The argument is the number of commands that run at once.
-void ListOurs(benchmark::State& state) {
-  for (auto step : state) {
-    TAProcessList list(static_cast<int>(state.range(0)));
-    for (int number = 0; number < kCommands; ++number) list.Start("true x", 0);
-    while (list.NDone() < list.Size()) {
-      list.Check();
-      list.WaitForChange(-1);
-    }
-  }
-}
-
-void ListXargs(benchmark::State& state) {
-  const std::string command = "yes x | head -n " + std::to_string(kCommands) + " | xargs -P " +
-                              std::to_string(state.range(0)) + " -n 1 true";
-  for (auto step : state) {
-    if (system(command.c_str()) != 0) state.SkipWithError("xargs failed");
-  }
-}
-
 void ResidentSizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(10)->Arg(1024)->Iterations(100)->UseRealTime()->Unit(benchmark::kMicrosecond);
 }
 
 void TreeSizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(10)->Arg(1000)->UseRealTime()->Unit(benchmark::kMicrosecond);
-}
-
-void Limits(benchmark::internal::Benchmark* benchmark) {
-  benchmark->Arg(2)->Arg(10)->Iterations(1)->UseRealTime()->Unit(benchmark::kMillisecond);
 }
 
 }  // namespace
@@ -188,5 +159,3 @@ BENCHMARK_TEMPLATE(StartPeer, SpawnWithAttributes)
     ->Apply(ResidentSizes);
 BENCHMARK(TreeOurs)->Name("BM_ProcessTree/ours")->Apply(TreeSizes);
 BENCHMARK(TreeFromPipe)->Name("BM_ProcessTree/ps_pipe")->Apply(TreeSizes);
-BENCHMARK(ListOurs)->Name("BM_RunCommands/ours")->Apply(Limits);
-BENCHMARK(ListXargs)->Name("BM_RunCommands/xargs")->Apply(Limits);
