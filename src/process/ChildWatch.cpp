@@ -23,6 +23,9 @@
 // It misses children that the system or another waiter has reaped, and it repeats one end if the
 // tool never reaps one of its other children.  So each time a few children, in turn, are also
 // checked by themselves.
+//
+// A process descriptor tells nothing of a child that has asked to be traced and stops.  So children
+// with a descriptor are checked in the same way once a second.
 
 namespace vor {
 namespace {
@@ -33,6 +36,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kShortestIntervalMs = 10;
 constexpr int kLongestIntervalMs = 100;
+constexpr int kTracedIntervalMs = 1000;
 constexpr std::size_t kLooksInTurn = 16;
 
 constexpr int kLook = WEXITED | WNOHANG | WNOWAIT;
@@ -111,7 +115,8 @@ void ChildWatch::Close(Child& child) {
 // another process.
 bool ChildWatch::Prepare() {
   _polled.assign(1, {-1, POLLIN, 0});
-  _others.clear();
+  _watched.clear();
+  _allPolled = true;
   bool mayOpen = true;
   for (Child& child : _children) {
     if (child.isIgnored) continue;
@@ -119,22 +124,24 @@ bool ChildWatch::Prepare() {
       mayOpen = Open(child);
       if (HasEnded(child.pid)) return true;
     }
+    _watched.push_back(child.pid);
     if (child.process.IsOpen()) {
       _polled.push_back({child.process.Get(), POLLIN, 0});
     } else {
-      _others.push_back(child.pid);
+      _allPolled = false;
     }
   }
   return false;
 }
 
-bool ChildWatch::HasOtherEnded() {
-  if (_others.empty()) return false;
+// Looks for an end, or a stop of a traced child, without a descriptor.
+bool ChildWatch::HasWatchedEnded() {
+  if (_watched.empty()) return false;
   siginfo_t info = {};
   if (waitid(P_ALL, 0, &info, kLook) != 0) return true;  // there are no children at all
-  if (std::find(_others.begin(), _others.end(), info.si_pid) != _others.end()) return true;
-  for (std::size_t look = 0; look < std::min(kLooksInTurn, _others.size()); ++look) {
-    if (HasEnded(_others[_next++ % _others.size()])) return true;
+  if (std::find(_watched.begin(), _watched.end(), info.si_pid) != _watched.end()) return true;
+  for (std::size_t look = 0; look < std::min(kLooksInTurn, _watched.size()); ++look) {
+    if (HasEnded(_watched[_next++ % _watched.size()])) return true;
   }
   return false;
 }
@@ -157,12 +164,14 @@ ChildWatch::Outcome ChildWatch::Wait(int limitMs, WakeEvent* wake, const sigset_
   const auto end = Clock::now() + milliseconds(std::max(limitMs, 0));
   if (Prepare()) return kEnded;
   if (wake != nullptr && limitMs != 0) _polled.front().fd = wake->Open();
-  const bool isComplete = _others.empty() && (wake == nullptr || _polled.front().fd >= 0);
-  for (int interval = kShortestIntervalMs;; interval = std::min(2 * interval, kLongestIntervalMs)) {
+  const bool isComplete = _allPolled && (wake == nullptr || _polled.front().fd >= 0);
+  const int longest = isComplete ? kTracedIntervalMs : kLongestIntervalMs;
+  int interval = isComplete ? longest : kShortestIntervalMs;
+  for (;; interval = std::min(2 * interval, longest)) {
     if (wake != nullptr && wake->Take()) return kWoken;
-    if (HasOtherEnded()) return kEnded;
+    if (!_allPolled && HasWatchedEnded()) return kEnded;
     const int left = MsUntil(end, limitMs >= 0);
-    const bool isLast = isComplete || (left >= 0 && left <= interval);
+    const bool isLast = left >= 0 && left <= interval;
     const int ready = Poll(_polled, isLast ? left : interval, mask);
     if (ready < 0) {
       if (errno == EINTR) return kWoken;
@@ -172,8 +181,9 @@ ChildWatch::Outcome ChildWatch::Wait(int limitMs, WakeEvent* wake, const sigset_
     if (HasPolledEnded()) return kEnded;
     if (ready > 0) {
       wake->Drain();  // the event may have been taken before; otherwise it is found set above
-    } else if (isLast) {
-      return HasOtherEnded() ? kEnded : kNothing;
+    } else if (isLast || _allPolled) {
+      if (HasWatchedEnded()) return kEnded;
+      if (isLast) return kNothing;
     }
   }
 }

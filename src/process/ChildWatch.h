@@ -65,7 +65,7 @@ class ChildWatch {
 
   Outcome Wait(int limitMs, WakeEvent* wake, const sigset_t* mask);
   bool Prepare();
-  bool HasOtherEnded();
+  bool HasWatchedEnded();
   bool HasPolledEnded() const;
   void RecoverFromPoll();
 
@@ -74,8 +74,9 @@ class ChildWatch {
 
   std::vector<Child> _children;
   std::vector<pollfd> _polled;  // for one wait: the event, then the children with a descriptor
-  std::vector<pid_t> _others;   // for one wait: the other children
-  std::size_t _next = 0;        // of _others, the next one to check by itself
+  std::vector<pid_t> _watched;  // for one wait: all children
+  bool _allPolled = false;      // for one wait: all of them have a descriptor
+  std::size_t _next = 0;        // of _watched, the next one to check by itself
 };
 
 }  // namespace vor

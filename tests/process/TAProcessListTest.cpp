@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -56,6 +57,17 @@ VorListValVorString Shell(const VorString& script) {
 }
 
 constexpr int kLong = 60'000;  // milliseconds
+
+constexpr char kTraced[] = "VOR_TEST_TRACED";
+
+// If that variable is set, this program asks to be traced while its parent waits.
+int ActAsTraced() {
+  if (getenv(kTraced) == nullptr) return 0;
+  usleep(200'000);
+  ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+  return raise(SIGUSR1);
+}
+[[maybe_unused]] const int traced = ActAsTraced();
 
 TAProcessList* signalled = nullptr;  // the list that the handler of a test wakes, if any
 
@@ -351,4 +363,11 @@ TEST(TAProcessList, SeveralThreadsHaveListsOfTheirOwn) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+TEST(TAProcessList, WaitEndsIfACommandAsksToBeTraced) {
+  TAProcessList list;
+  list.Start("/proc/self/exe", TAProcessOptions().SetVariable(kTraced, ""), kLong);
+  RunAll(list);
+  EXPECT_EQ(list.GetEnd(1).Describe(), "killed by SIGUSR1");
 }
