@@ -2,6 +2,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "process/TAProcess.h"
+#include "process/TAProcessList.h"
 #include "support/Eventually.h"
 #include "support/InProcess.h"
 #include "support/TempDir.h"
@@ -57,13 +59,6 @@ echo complete
 [ "$1" = end ] && exit 3
 exec sleep 300
 )";
-
-struct DesertedScript {
-  explicit DesertedScript(const TempDir& dir) : command(dir.Write("deserted", kDeserted)) {
-    chmod(command.c_str(), 0755);
-  }
-  const std::string command;
-};
 
 bool Lives(int pid) {
   std::string word;
@@ -123,6 +118,37 @@ std::string GroupDirectory(const std::string& file) {
   return "";
 }
 
+// A run of kDeserted.
+struct Deserted {
+  Deserted(TAContainment containment, bool leavesNobody, bool ends) {
+    const std::string script = dir.Write("deserted", kDeserted);
+    chmod(script.c_str(), 0755);
+    process.SetContainment(containment);
+    process.SetLeavesNobody(leavesNobody);
+    process.SetOutput(VorString(dir / "out"));
+    EXPECT_EQ(process.Start(script + (ends ? " end" : ""), 0), 0);
+    const auto isComplete = [&] { return dir.Read("out").find("complete") != std::string::npos; };
+    EXPECT_TRUE(Eventually(isComplete));
+    std::ifstream(dir / "out") >> orphan >> otherSession;
+  }
+  // Kills what a test has left to live.
+  ~Deserted() {
+    for (const int pid : {orphan, otherSession}) {
+      if (Lives(pid)) kill(pid, SIGKILL);
+    }
+  }
+  int Wait() {
+    int status = 0;
+    process.Wait(status);
+    return status;
+  }
+
+  const TempDir dir;
+  TAProcess process;
+  int orphan = 0;
+  int otherSession = 0;
+};
+
 void TortureOnce(const std::string& means, bool isNested, int lines) {
   const TempDir dir;
   const std::string script = dir.Write("torture", kTorture);
@@ -168,65 +194,71 @@ TEST(Containment, FindsWhatItPromises) {
               {TAContainment::Group, false, true},
               {TAContainment::Everything, false, false}};
   WithEachMeans([&](const std::string&) {
-    for (const auto& row : rows) {
+    for (const auto& [containment, orphanLives, otherSessionLives] : rows) {
       for (const bool ends : {true, false}) {
-        SCOPED_TRACE(static_cast<int>(row.containment));
-        const TempDir dir;
-        const DesertedScript script(dir);
-        TAProcess process;
-        process.SetContainment(row.containment);
-        process.SetLeavesNobody(true);
-        process.SetOutput(VorString(dir / "out"));
-        process.Start(script.command + (ends ? " end" : ""), 0);
-        int status = 0;
-        ASSERT_TRUE(
-            Eventually([&] { return dir.Read("out").find("complete") != std::string::npos; }));
-        if (!ends) process.KillTree();
-        process.Wait(status);
-        EXPECT_EQ(status, ends ? 3 : 9);
-        EXPECT_EQ(process.GetEnd().leftBehind,
-                  ends ? 2 - row.orphanLives - row.otherSessionLives : 0);
-        int orphan = 0, otherSession = 0;
-        std::ifstream(dir / "out") >> orphan >> otherSession;
-        EXPECT_EQ(Lives(orphan), row.orphanLives);
-        EXPECT_EQ(Lives(otherSession), row.otherSessionLives);
-        if (row.orphanLives) kill(orphan, SIGKILL);
-        if (row.otherSessionLives) kill(otherSession, SIGKILL);
+        SCOPED_TRACE(static_cast<int>(containment));
+        Deserted run(containment, true, ends);
+        if (!ends) run.process.KillTree();
+        EXPECT_EQ(run.Wait(), ends ? 3 : SIGKILL);
+        EXPECT_EQ(run.process.GetEnd().leftBehind, ends ? 2 - orphanLives - otherSessionLives : 0);
+        EXPECT_EQ(Lives(run.orphan), orphanLives);
+        EXPECT_EQ(Lives(run.otherSession), otherSessionLives);
       }
     }
   });
 }
 
+// A hard limit below the mark stands for a command in the command of a command.
+TEST(Containment, FindsProcessesByTheVariableAlone) {
+  const auto body = [] {
+    const rlimit low = {1000, 1000};
+    if (setrlimit(RLIMIT_LOCKS, &low) != 0) return 1;
+    if (geteuid() == 0 && setuid(kNobody) != 0) return 2;
+    Deserted run(TAContainment::Everything, true, true);
+    run.Wait();
+    return 10 + run.process.GetEnd().leftBehind;
+  };
+  EXPECT_EQ(InProcess(body), 12);
+}
+
+TEST(Containment, ListsOfManyThreadsLeaveNobody) {
+  WithEachMeans([](const std::string&) {
+    const auto run = [] {
+      const TempDir dir;
+      // A child of another thread may hold the script open for writing, so it is not executed.
+      const std::string command = "sh " + dir.Write("deserted", kDeserted) + " end";
+      TAProcessList list(2);
+      list.SetContainment(TAContainment::Everything);
+      list.SetLeavesNobody(true);
+      for (int i = 0; i < 4; ++i) list.Start(command, 0, VorString(dir / "out"));
+      while (list.NDone() < list.Size()) {
+        list.Check();
+        list.WaitForChange(-1);
+      }
+      for (int i = 1; i <= list.Size(); ++i) {
+        EXPECT_EQ(list.GetEnd(i).leftBehind, 2);
+        EXPECT_EQ(list.GetReturnCode(i), 3);
+      }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) threads.emplace_back(run);
+    for (std::thread& thread : threads) thread.join();
+  });
+}
+
 // Once the command was reaped elsewhere, its number may be that of another group.
 TEST(Containment, NeverSignalsAGroupThatMayBeAnother) {
-  const TempDir dir;
-  const DesertedScript script(dir);
-  TAProcess process;
-  process.SetContainment(TAContainment::Group);
-  process.SetOutput(VorString(dir / "out"));
-  process.Start(script.command + " end", 0);
-  ASSERT_EQ(waitpid(process.ChildPid(), nullptr, 0), process.ChildPid());
-  EXPECT_EQ(process.KillTree(), 256);
-  int member = 0, otherSession = 0;
-  std::ifstream(dir / "out") >> member >> otherSession;
-  EXPECT_TRUE(Lives(member));
-  kill(member, SIGKILL);
-  kill(otherSession, SIGKILL);
+  Deserted run(TAContainment::Group, false, true);
+  ASSERT_EQ(waitpid(run.process.ChildPid(), nullptr, 0), run.process.ChildPid());
+  EXPECT_EQ(run.process.KillTree(), 256);
+  EXPECT_TRUE(Lives(run.orphan));
 }
 
 // But what is left in it is found if the end was noticed here.
 TEST(Containment, KillsAGroupWithoutItsLeader) {
-  const TempDir dir;
-  const DesertedScript script(dir);
-  TAProcess process;
-  process.SetContainment(TAContainment::Group);
-  process.SetOutput(VorString(dir / "out"));
-  process.Start(script.command + " end", 0);
-  int status = 0;
-  process.Wait(status);
-  EXPECT_EQ(process.KillTree(), 0);
-  int member = 0, otherSession = 0;
-  std::ifstream(dir / "out") >> member >> otherSession;
-  EXPECT_FALSE(Lives(member));
-  kill(otherSession, SIGKILL);
+  Deserted run(TAContainment::Group, false, true);
+  EXPECT_EQ(run.Wait(), 3);
+  EXPECT_TRUE(Lives(run.orphan));
+  EXPECT_EQ(run.process.KillTree(), 0);
+  EXPECT_FALSE(Lives(run.orphan));
 }
