@@ -21,7 +21,7 @@ constexpr char kStandardPath[] = "/bin:/usr/bin";  // searched when PATH is not 
 
 // By TAProcessOptions::Limit.
 constexpr struct {
-  __rlimit_resource resource;
+  decltype(RLIMIT_CPU) resource;
   const char* name;
 } kLimits[] = {{RLIMIT_CPU, "processor seconds"}, {RLIMIT_AS, "memory bytes"},
                {RLIMIT_FSIZE, "file size bytes"}, {RLIMIT_NOFILE, "open files"},

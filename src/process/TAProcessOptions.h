@@ -52,7 +52,8 @@ class VOR_API TAProcessOptions {
 
   // The environment: that of this process at the time of the start, changed by these calls in their
   // order.  The start reads it like getenv, so no other thread may change it at that moment.  The
-  // program is searched in the PATH of the resulting environment.
+  // program is searched in the PATH of the resulting environment, or in /bin:/usr/bin if that has
+  // none.
 
   /// Adds or replaces a variable.  A name that is empty or contains "=" or a NUL is a failure of
   /// the start (EINVAL), and so is a NUL in any text here.

@@ -11,8 +11,11 @@
 #include <unistd.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "base/VorListValVorString.h"
+#include "foundation/Tracing.h"
 #include "process/TAProcess.h"
 #include "support/InProcess.h"
 #include "support/TempDir.h"
@@ -263,6 +266,20 @@ TEST(TAProcess, RunDoesNotWaitForWhatHoldsThePipe) {
       EXPECT_EQ(kill(atoi(output), SIGKILL), 0);
     }
   }
+}
+
+TEST(TAProcess, RunsInManyThreadsDoNotMixTheirOutput) {
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 8; ++number) {
+    threads.emplace_back([number] {
+      const Options options = Options().SetVariable("N", toString(number)).SetDirectory("/");
+      for (int run = 0; run < 20; ++run) {
+        EXPECT_EQ(OutputOf("echo $N", options), std::to_string(number) + "\n");
+        EXPECT_EQ(TAProcess().Start("no-such-program", options), 1);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(TAProcess, RunWorksUnderSignalsAndWithFewDescriptors) {
