@@ -66,15 +66,16 @@ class LoopLock final : public TAThreadLock, public vor::ForkSafeLock {
  private:
   // A tool may fork while it holds the lock: then the child holds it as well.
   void BeforeFork() override {
-    _isHeldByForker = _holder == pthread_self();
-    if (!_isHeldByForker) TAThreadLock::GetLock();
+    const bool isHeld = _holder == pthread_self();
+    if (!isHeld) TAThreadLock::GetLock();
+    _isHeldByForker = isHeld;
   }
   void AfterFork() override {
     if (!_isHeldByForker) TAThreadLock::ReleaseLock();
   }
 
   std::atomic<pthread_t> _holder{};  // 0 for none
-  bool _isHeldByForker = false;
+  bool _isHeldByForker = false;      // under the lock
 };
 
 // A lock whose waiters sleep, since the loop may wait for hours.  It needs no arena.

@@ -74,9 +74,9 @@ class RegistryForks final : public vor::ForkSafeLock {
 
  private:
   void BeforeFork() override {
-    _parent = getpid();
     _hasDeletionLock = deletionLock.object.TakeUnlessExiting();
     _hasLock = registryLock.object.TakeUnlessExiting();
+    if (_hasLock) _parent = getpid();
   }
 
   void AfterFork() override {
@@ -93,7 +93,7 @@ class RegistryForks final : public vor::ForkSafeLock {
     runLocks.object.clear();
   }
 
-  pid_t _parent = 0;
+  pid_t _parent = 0;  // under the lock
   bool _hasDeletionLock = false;
   bool _hasLock = false;
 };
