@@ -297,13 +297,14 @@ TEST(TAProcessList, EndsWaitsByWakingAndBySignals) {
                 TAProcessList list;
                 list.Start("sleep 1000", 0);
                 list.Check();
-                std::atomic<int> woken = -1;
+                std::atomic<int> asked = -1;
                 std::thread waker([&] {
-                  for (int round = 0; round < count; ++round) {
-                    while (woken < round) std::this_thread::yield();
+                  for (int round = 0; round <= count; ++round) {
                     list.Wake();
+                    while (asked < round) std::this_thread::yield();
                   }
                 });
+                int result = list.WaitForChange(-1);
                 rlimit limit;
                 getrlimit(RLIMIT_NOFILE, &limit);
                 const rlimit none = {3, limit.rlim_max};
@@ -311,15 +312,19 @@ TEST(TAProcessList, EndsWaitsByWakingAndBySignals) {
                 signal(SIGUSR1, HandleSignal);
                 signalled = &list;
                 raise(SIGUSR1);
-                int result = list.WaitForChange(-1);
+                result += list.WaitForChange(-1);
                 signalled = nullptr;
-                for (woken = 0; woken < count; ++woken) result += list.WaitForChange(-1);
+                for (int round = 0; round < count; ++round) {
+                  asked = round;
+                  result += list.WaitForChange(-1);
+                }
                 const itimerval soonAndAgain = {{0, 10'000}, {0, 10'000}};
                 signal(SIGALRM, HandleSignal);
                 setitimer(ITIMER_REAL, &soonAndAgain, nullptr);
                 result += list.WaitForChange(-1);
                 kill(list.GetPid(1), SIGKILL);
                 setrlimit(RLIMIT_NOFILE, &limit);
+                asked = count;
                 waker.join();
                 return result > 0 ? 1 : 0;
               }),
