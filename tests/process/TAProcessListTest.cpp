@@ -248,7 +248,7 @@ TEST(TAProcessList, GivesCommandsTimeToEnd) {
       const TreeOutput output;
       TAProcessList list;
       list.SetContainment(containment);
-      list.SetLeavesNobody(true);
+      list.SetLeavesNobody(containment == TAContainment::Everything);
       list.SetGrace(graceMs);
       list.Start(Shell(script), TAProcessOptions().SetOutput(output.Path()), 0);
       list.Check();
