@@ -37,7 +37,8 @@ void RunOurs(benchmark::State& state) {
   }
 }
 
-// A directory with the same commands as a file of ninja and of ctest.
+// A directory with the same commands as a file of ninja and of ctest.  The path makes the shell of
+// ninja run the program, as the others do, and not what it has built in.
 class CommandFiles {
  public:
   CommandFiles() {
@@ -46,7 +47,7 @@ class CommandFiles {
     _path = pattern;
     std::ofstream ninja(_path / "build.ninja");
     std::ofstream ctest(_path / "CTestTestfile.cmake");
-    ninja << "rule command\n  command = true x\n";
+    ninja << "rule command\n  command = /bin/true x\n";
     for (int number = 0; number < kCommands; ++number) {
       ninja << "build " << number << ": command\n";
       ctest << "add_test(" << number << " true x)\n";
