@@ -24,8 +24,8 @@ struct VOR_API TAProcessEnd {
   int code = 0;             ///< see the kind; 0 for the others
   bool coreDumped = false;  ///< the signal left a core file
 
-  /// For NotStarted the setting that could not be applied and its value, such as "directory /x";
-  /// empty if it was the fork or the exec.
+  /// For NotStarted the setting that could not be applied and its value, such as "directory /x",
+  /// or "empty command"; empty if it was the fork or the exec.
   VorString object = {};
 
   double seconds = 0;  ///< from its start until its end was noticed; so far, if it runs
