@@ -48,7 +48,7 @@ int main(int argc, char** argv) {
     list.Check();
     for (; i <= list.Size() && list.GetStatus(i) == TAProcessList::Done; ++i) {
       const TAProcessEnd end = list.GetEnd(i);
-      allPassed = allPassed && end.kind == TAProcessEnd::Exited && end.code == 0;
+      allPassed = allPassed && end.Passed();
       std::printf("line%d.log: %s, %.2f s, %ld KiB, left behind: %d\n", i,
                   end.Describe().CastToCharPtr(), end.seconds, end.peakMemoryKiB, end.leftBehind);
     }

@@ -95,11 +95,11 @@ class VOR_API TAProcess {
   /// files for these.  A program that reaches the limit is killed as by KillTree, and its end is
   /// TimedOut.
   ///
-  /// Returns 0 if \a output is all that it wrote until it ended, however it ended; 1 if it could not
-  /// be started; 2 if it wrote more than \a maxBytes; the rest was read and dropped then.  \a end
-  /// becomes how it ended; only there, not in GetEnd, the kind may be TimedOut.  A process
-  /// that the program leaves behind may hold its output open: what it writes later is not waited
-  /// for, and writing it fails with SIGPIPE.
+  /// Returns 0 if \a output is all that it wrote until it ended, however it ended; 1 if it could
+  /// not be started; 2 if it wrote more than \a maxBytes; the rest was read and dropped then.  \a
+  /// end becomes how it ended; only there, not in GetEnd, the kind may be TimedOut.  A process that
+  /// the program leaves behind may hold its output open: what it writes later is not waited for,
+  /// and writing it fails with SIGPIPE.
   int Run(const VorListValVorString& arguments, const TAProcessOptions& options, VorString& output,
           TAProcessEnd& end, int limitMs = 0, std::size_t maxBytes = SIZE_MAX) noexcept;
 

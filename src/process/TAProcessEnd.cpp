@@ -12,6 +12,12 @@ std::string NameOfSignal(int number) {
   return name == nullptr ? "signal " + std::to_string(number) : std::string("SIG") + name;
 }
 
+// Down to whole seconds, below one second to tenths.
+std::string Rounded(double seconds) {
+  if (seconds >= 1) return std::to_string(static_cast<long long>(seconds));
+  return "0." + std::to_string(static_cast<int>(seconds * 10));
+}
+
 }  // namespace
 
 VorString TAProcessEnd::Describe() const {
@@ -23,7 +29,7 @@ VorString TAProcessEnd::Describe() const {
     case Signalled:
       return "killed by " + NameOfSignal(code) + (coreDumped ? " (core dumped)" : "");
     case TimedOut:
-      return "timed out after " + std::to_string(static_cast<long long>(seconds)) + " s";
+      return "timed out after " + Rounded(seconds) + " s";
     case Cancelled:
       return "cancelled";
     case NotStarted:

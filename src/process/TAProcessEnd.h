@@ -7,8 +7,7 @@
 /// How a command ended, as TAProcess::GetEnd and TAProcessList::GetEnd return it.
 ///
 /// The folded statuses and return codes of those classes do not distinguish a signal from an exit
-/// code, or a command whose end is unknown from one that passed.  This value does: a command passed
-/// if and only if its kind is Exited and its code is 0.
+/// code, or a command whose end is unknown from one that passed.  This value does.
 struct VOR_API TAProcessEnd {
   enum Kind : int {
     NotEnded,    ///< it waits or runs, or there never was a child
@@ -43,9 +42,13 @@ struct VOR_API TAProcessEnd {
   /// SetLeavesNobody.
   int leftBehind = 0;
 
-  /// One line: "exit 3", "killed by SIGSEGV (core dumped)", "timed out after 5 s" (whole seconds),
-  /// "cancelled", "could not start: No such file or directory", "could not start: directory /x: No
-  /// such file or directory", "its end was collected elsewhere", "not ended".
+  /// Whether the command ended by itself with the exit code 0: the only sure sign of success.
+  bool Passed() const { return kind == Exited && code == 0; }
+
+  /// One line: "exit 3", "killed by SIGSEGV (core dumped)", "timed out after 5 s" (whole seconds;
+  /// tenths below one), "cancelled", "could not start: No such file or directory", "could not
+  /// start: directory /x: No such file or directory", "its end was collected elsewhere", "not
+  /// ended".
   VorString Describe() const;
 };
 

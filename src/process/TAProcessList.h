@@ -154,8 +154,7 @@ class VOR_API TAProcessList {
   /// system may have given the number to another process.
   int GetPid(int position) const;
 
-  /// How the command ended; NotEnded while it waits or runs.  The only sure sign of success is the
-  /// kind Exited with the code 0.
+  /// How the command ended; NotEnded while it waits or runs.
   TAProcessEnd GetEnd(int position) const;
 
  private:

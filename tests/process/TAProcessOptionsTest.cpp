@@ -1,6 +1,7 @@
 #include "process/TAProcessOptions.h"
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -239,7 +240,7 @@ TEST(TAProcess, RunCollectsTheOutput) {
               {zeros + "; exit 5", kLongMs, 999'999, 2, 999'999, "exit 5"},
               {"echo; echo >&2; kill -9 $$", 0, 2, 0, 2, "killed by SIGKILL"},
               {"exec >&- 2>&-; sleep 0.1; exit 3", 0, 0, 0, 0, "exit 3"},
-              {"sleep 100 | sleep 100", 100, 0, 0, 0, "timed out after 0 s"}};
+              {"sleep 100 | sleep 100", 100, 0, 0, 0, "timed out after 0."}};
   for (const auto& [script, limitMs, maxBytes, result, size, howEnded] : rows) {
     TAProcess process;
     VorString output = "before";
@@ -247,7 +248,7 @@ TEST(TAProcess, RunCollectsTheOutput) {
     EXPECT_EQ(process.Run(Shell(script), Options(), output, end, limitMs, maxBytes), result)
         << script;
     EXPECT_EQ(output.View().size(), size) << script;
-    EXPECT_EQ(end.Describe(), howEnded) << script;
+    EXPECT_THAT(end.Describe().CastToCharPtr(), testing::StartsWith(howEnded)) << script;
   }
 }
 
