@@ -1,6 +1,6 @@
 // runner JOBS SECONDS [FILE]: runs the commands in the lines of a file or of standard input, JOBS
-// at a time, each for at most SECONDS.  Line 1 prints to line1.log, and so on.  Ctrl-C cancels all,
-// and in the end no process is left of any.  The exit status is 0 only if all have passed.
+// at a time, each for at most SECONDS.  Line 1 prints to line1.log, and so on.  Ctrl-C cancels all.
+// No command leaves a process behind.  The exit status is 0 only if all have passed.
 
 #include <VorToolsInfrastructure.h>
 #include <signal.h>

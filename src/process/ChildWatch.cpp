@@ -24,7 +24,7 @@
 // tool never reaps one of its other children.  So each time a few children, in turn, are also
 // checked by themselves.
 //
-// A process descriptor tells nothing of a child that has asked to be traced and stops.  So children
+// A process descriptor does not show that a child has asked to be traced and stops.  So children
 // with a descriptor are checked in the same way once a second.
 
 namespace vor {

@@ -9,13 +9,12 @@
 // The child enters the control group before its exec, and all that it starts begins there.  Only a
 // write to the system's files moves a process to another group, so neither lost parents nor new
 // sessions nor a changed environment matter, and the system kills all members as one
-// (cgroup.kill): a member cannot escape by a fork.  That spares a process whose first thread has
-// ended before the others, so what does not end soon is killed one by one.  Such a kill, and any
-// other signal, is sent while all members are stopped, see StoppedTree.
+// (cgroup.kill): a member cannot escape by a fork.  cgroup.kill spares a process whose first thread
+// has ended before the others, so what does not end soon is killed one by one.  Such a kill, and
+// any other signal, is sent while all members are stopped, see StoppedTree.
 //
-// That the group could be made does not mean that the child may enter it.  Its writing may fail,
-// and nothing reports that.  So the command has the marks of MarkedProcesses as well, and they are
-// used as long as it was not seen in its group.
+// The child may fail to enter the group, and nothing reports that.  So the command has the marks of
+// MarkedProcesses as well, and they are used as long as it was not seen in its group.
 //
 // The group is removed when the command has ended and nobody is left; ControlGroup has the rest.
 //

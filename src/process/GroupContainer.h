@@ -10,9 +10,9 @@
 // it to another process while the leader was not reaped or the group has a member.  It signals a
 // group as one: a member cannot escape by a fork.
 //
-// Once the leader was reaped, nothing tells whether the number was reused, unless a process that
-// was a member before is one still.  So the members are remembered just before that, and later ones
-// are signalled one by one, only as long as one of the remembered is in the group.
+// Once the leader was reaped, the number may have been reused, unless a process that was a member
+// before is one still.  So the members are stored just before the leader is reaped.  Afterwards the
+// members are signalled one by one, as long as one of the stored ones is in the group.
 //
 // Processes that have changed their group are missed, except the command itself; and all of them if
 // the system reaps the command, because SIGCHLD is ignored.

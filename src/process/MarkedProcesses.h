@@ -16,14 +16,14 @@
 //   program has a reason to change it, and every user may read it in /proc/PID/limits, also that of
 //   a process of another user or one that has cleared its environment.  A command that contains its
 //   own commands marks them too, but only in the soft limit; the hard one stays that of the
-//   outermost container.  So commands in commands in commands lose the middle one.
+//   outermost container.  So of three levels the middle one is lost.
 // - A variable in the environment, with a name of its own for each command, so that any number of
 //   levels keep theirs.  It is read from /proc/PID/environ: for processes of the same user, and not
 //   in the middle of an exec, when that file is empty for a moment.  Such a process is looked at
 //   again with the next reading, and a kill takes more than one.
 //
-// Processes that started before the command are not looked at, nor again those that were seen
-// without a mark: a process gets its marks when it is forked, or not at all.
+// Processes that started before the command are not looked at, and those seen without a mark not
+// again: a process gets its marks when it is forked, or not at all.
 //
 // Members are the marked processes, and the descendants of all members, marked or not.  Missed are
 // processes that have lost both marks and their parents, those that another process starts on

@@ -19,9 +19,9 @@
 // started are in the table.  So the search is complete once a whole reading of the table, begun
 // after all members were seen stopped, shows the same members.
 //
-// A member may never be seen stopped: a parent waits for the exec of a child that is stopped before
-// it, or waits for a disk.  And a tree may grow faster than it is stopped.  So the number of
-// readings is limited.
+// A member may never be seen stopped: it waits for a disk, or for the exec of a child that was
+// stopped first (vfork).  And a tree may grow faster than it is stopped.  So the number of readings
+// is limited.
 
 namespace vor {
 namespace {

@@ -40,7 +40,7 @@ constexpr int kNothingKilled = 256;
 // exec takes 131,072 bytes in one argument, and the shell gets a command as one.
 constexpr std::size_t kLongestCommand = 130000;
 
-// Between looks at a child whose end would be noticed at once.
+// Between checks of a child for a stop, which does not end a wait as its end does.
 constexpr int kLongestWaitMs = 1000;
 
 // For the end of a child that was killed: one that waits for a device may take long.
@@ -104,7 +104,7 @@ std::vector<std::string> TextsOf(const VorListValVorString& list) {
   return texts;
 }
 
-// The end of a time of  limitMs milliseconds from now on.
+// The moment \a limitMs milliseconds from now.
 class Deadline {
  public:
   explicit Deadline(int limitMs) : _end(Clock::now() + std::chrono::milliseconds(limitMs)) {}

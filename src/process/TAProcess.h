@@ -31,11 +31,11 @@ struct StartFailure;
 /// signal s (s plus 128 if it left a core file).  The two ranges overlap; callers' logs and limits
 /// rely on it.  GetEnd distinguishes them.
 ///
-/// Once the end of a child has been reaped, the system may reuse its identifier for another
-/// process.  From then on, until the next Start, the object acts as one without a child: it does
-/// not signal, wait for or search any process.  Before each signal to its own child, an object
-/// checks that the child was not reaped elsewhere.  An identifier of 0 or less, which would mean
-/// whole groups of processes, is no child either.
+/// Once a child has been reaped, the system may give its identifier to another process.  From then
+/// on, until the next Start, the object uses it no more and acts as one without a child; only the
+/// processes that SetContainment keeps track of can still be killed.  Before each signal to its own
+/// child, an object checks that the child was not reaped elsewhere.  An identifier of 0 or less,
+/// which would mean whole groups of processes, is no child either.
 ///
 /// Ownership: the destructor does nothing to the child, and neither does the next Start to an
 ///            earlier child.  A running child continues.  A child that is not reaped stays in the
@@ -82,24 +82,26 @@ class VOR_API TAProcess {
   int Start(const VorString& command, int flag);
 
   /// Starts \a command, split as above, with \a options; SetOutput and SetInput have no effect on
-  /// it. Returns 0 if the command runs now; 1 if it could not be started, for the reason in GetEnd
-  /// and GetErrMsg, and then there is no child.  (Opening a named pipe may block, so the failure of
-  /// such a start, and of anything after it, is only noticed by Check or Wait.)
+  /// it.  Returns 0 if the command runs now; 1 if it could not be started, for the reason in GetEnd
+  /// and GetErrMsg, and then there is no child.  If one of the files is a named pipe, Start does
+  /// not wait until its other end is opened, so perhaps only Check or Wait notices a failure.
   int Start(const VorString& command, const TAProcessOptions& options) noexcept;
   /// The same for a program and its arguments, which are passed as they are; an empty list and a
   /// NUL in an argument are failures (EINVAL).
   int Start(const VorListValVorString& arguments, const TAProcessOptions& options) noexcept;
 
-  /// Runs a program until it ends, at most \a limitMs milliseconds (0: no limit), and stores in
-  /// \a output what it wrote to standard output and standard error, as far as the options name no
-  /// files for these.  A program that reaches the limit is killed as by KillTree, and its end is
-  /// TimedOut.
+  /// Runs a program until it ends, at most \a limitMs milliseconds (0 or less: no limit), and
+  /// stores in \a output what it wrote to standard output and standard error, as far as the options
+  /// name no files for these.  A program that reaches the limit is killed as by KillTree.  \a end
+  /// becomes how it ended; only there, not in GetEnd, the kind may be TimedOut.
   ///
-  /// Returns 0 if \a output is all that it wrote until it ended, however it ended; 1 if it could
-  /// not be started; 2 if it wrote more than \a maxBytes; the rest was read and dropped then.  \a
-  /// end becomes how it ended; only there, not in GetEnd, the kind may be TimedOut.  A process that
-  /// the program leaves behind may hold its output open: what it writes later is not waited for,
-  /// and writing it fails with SIGPIPE.
+  /// Returns
+  /// - 0 if \a output is all that it wrote, however it ended;
+  /// - 1 if it could not be started;
+  /// - 2 if it wrote more than \a maxBytes; the rest was read and dropped.
+  ///
+  /// A process that the program leaves behind may hold its output open.  What such a process writes
+  /// later is not waited for; it gets SIGPIPE.
   int Run(const VorListValVorString& arguments, const TAProcessOptions& options, VorString& output,
           TAProcessEnd& end, int limitMs = 0, std::size_t maxBytes = SIZE_MAX) noexcept;
 
@@ -145,10 +147,10 @@ class VOR_API TAProcess {
   ///
   /// First all of them are stopped (SIGSTOP), and the process table is read again until it shows no
   /// further descendant, so that none can start another process in place of one that dies.  At the
-  /// end they get SIGCONT.  (A handler of SIGCHLD sees the child stop unless it is installed with
-  /// SA_NOCLDSTOP.)  Until then, signals and cancellation of the calling thread are deferred.  If
-  /// this process is killed earlier all the same, by SIGKILL or by a signal to another thread, the
-  /// processes not yet killed stay stopped until they get SIGCONT.
+  /// end they get SIGCONT.  Signals and cancellation of the calling thread are deferred meanwhile.
+  /// If this process is killed all the same, by SIGKILL or by a signal to another thread, the
+  /// processes not yet killed stay stopped until they get SIGCONT.  A handler of SIGCHLD sees the
+  /// child stop unless it is installed with SA_NOCLDSTOP.
   ///
   /// If the command cannot run or fails, they get signal 9 directly, in the same order.  Two kinds
   /// of processes survive: those whose parent had ended before, and those of other users that this
@@ -165,11 +167,13 @@ class VOR_API TAProcess {
   int KillTreeWithSig(int hard) noexcept;
 
   /// Selects which processes the next child is killed with; Tree by default.  With another
-  /// containment KillTree and KillTreeWithSig signal its processes directly, without a shell, as
-  /// long as the object has it: KillTree then returns 0, or 256 if there was none.
+  /// containment, KillTree and KillTreeWithSig signal its processes directly, without a shell and
+  /// without messages, also after the child has ended, until the next Start.  KillTree then returns
+  /// 0, or 256 if there was none.
   void SetContainment(TAContainment containment);
   /// Whether Check and Wait kill what the next child has left behind when it ends, before they
-  /// report its end, and count it in TAProcessEnd::leftBehind; no by default.
+  /// report its end, and count it in TAProcessEnd::leftBehind; no by default.  Has no effect with
+  /// Tree, which does not find such processes.
   void SetLeavesNobody(bool leavesNobody);
   /// The means of the containment that the next start uses: "tree", "group", or for Everything
   /// "cgroup" or "marks"; see TAContainment.
@@ -198,9 +202,11 @@ class VOR_API TAProcess {
   /// The identifier of the last child, ended or not; 0 if there is none.
   int ChildPid() const { return _pid; }
 
-  /// How the child ended, as far as it is known: NotStarted as soon as Start has returned (for a
-  /// child that opens a named pipe, once it has ended), Exited, Signalled and Lost once Check or
-  /// Wait, or for Lost a kill, has noticed the end.  Never TimedOut.
+  /// How the child ended, as far as it is known:
+  /// - NotEnded until one of the calls below has noticed the end;
+  /// - NotStarted after Start, or with a named pipe among its files, after Check or Wait;
+  /// - Exited or Signalled after Check or Wait;
+  /// - Lost after Check, Wait or a kill.
   TAProcessEnd GetEnd() const;
 
   /// Why the last Start failed, or "no error".
@@ -231,13 +237,13 @@ class VOR_API TAProcess {
   bool _isOwn = false;     // started by this object
   bool _reaped = false;    // the end was noticed: another process may have _pid
   TAProcessEnd _end;       // what is known of it
-  long long _startNs = 0;  // when it started, by CLOCK_BOOTTIME; 0 if it did not
+  long long _startNs = 0;  // when it started, by CLOCK_BOOTTIME; 0 if not by this object
   TAContainment _containment = TAContainment::Tree;  // of the next child
   bool _leavesNobody = false;                        // of the next child
   TAContainment _contained = TAContainment::Tree;    // of the last child
   bool _killsLeft = false;                           // _leavesNobody of the last child
   std::unique_ptr<vor::Container> _container;        // of the last child; for Tree made when needed
-  std::shared_ptr<const vor::LateFailure> _late;     // once it has ended; null: in _end
+  std::shared_ptr<const vor::LateFailure> _late;     // for _end, once it has ended; or null
 };
 
 #endif  // VOR_PROCESS_TAPROCESS_H

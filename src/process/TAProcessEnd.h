@@ -13,8 +13,8 @@ struct VOR_API TAProcessEnd {
     NotEnded,    ///< it waits or runs, or there never was a child
     Exited,      ///< it ended by itself; the code is its exit code
     Signalled,   ///< a signal killed it; the code is the signal
-    TimedOut,    ///< it was killed because its time limit was over
-    Cancelled,   ///< it was killed, or never started, because it was cancelled
+    TimedOut,    ///< it was killed, or ended after SIGTERM, because its time limit was over
+    Cancelled,   ///< the same because it was cancelled, perhaps before it started
     NotStarted,  ///< it could not be started; the code is an errno, and the object is what failed
     Lost         ///< it was reaped elsewhere, so its end is unknown
   };
@@ -27,10 +27,11 @@ struct VOR_API TAProcessEnd {
   /// or "empty command"; empty if it was the fork or the exec.
   VorString object = {};
 
-  double seconds = 0;  ///< from its start until its end was noticed; so far, if it runs
+  /// From its start until its end was noticed; so far, if it runs.
+  double seconds = 0;
 
   // What the command and those of its descendants that it waited for have used, as the system
-  // counts it (wait4).  0 until it was reaped, and if it is Lost.
+  // counts it (wait4).  0 until it was reaped, and for NotStarted and Lost.
 
   double userSeconds = 0;
   double systemSeconds = 0;

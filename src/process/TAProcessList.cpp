@@ -15,11 +15,11 @@
 #include "process/WakeEvent.h"
 #include "process/processInfo.h"
 
-// A command that reaches its time limit or is cancelled is killed, and is done then; its end is
-// reaped later if it takes long.  With a grace time it gets SIGTERM first and stays among the
-// running ones.  Its own end is not reaped before its other processes have ended or been killed:
-// until then its number, and that of its process group, cannot be reused, and nobody takes what it
-// has left behind for leftovers.
+// A command that reaches its time limit or is cancelled is killed and is done, even if its process
+// ends and is reaped later.  With a grace time it gets SIGTERM first and stays among the running
+// ones.  Its own process is not reaped before its others have ended or been killed: until then its
+// number, and that of its process group, cannot be reused, and what still runs does not count as
+// left behind.
 
 namespace {
 

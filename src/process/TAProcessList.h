@@ -29,30 +29,26 @@ class WakeEvent;
 ///       list.WaitForChange(-1);
 ///     }
 ///
-/// and read each result by its position.  (With a limit of 0 commands at a time none ever starts,
-/// and the loop never ends.)  Nothing happens between two calls: there is no thread and no signal
-/// handler.  (Wake ends the wait from elsewhere.)  More commands may be added at any time.  A
-/// command goes from waiting to running to done, never back.  Positions are 1-based, in the order
-/// of Start.
+/// and read each result by its position, 1-based in the order of Start.  Nothing happens between
+/// two calls: there is no thread and no signal handler.  More commands may be added at any time.  A
+/// command goes from waiting to running to done, never back.
 ///
 /// Ownership: keeps copies of its arguments.  The destructor neither kills nor waits for children
 ///            that still run; they go on, and stay in the process table when they end.  It waits up
 ///            to 0.1 seconds for those that were killed.
-/// Errors:    return codes cannot distinguish all ends: the return code is also 0 if the command
-///            was reaped elsewhere, and without options if the fork failed.  After
+/// Errors:    GetEnd reports them; return codes cannot distinguish all ends.  A return code is also
+///            0 if the command was reaped elsewhere, and without options if the fork failed.  After
 ///            TAProcess::ZombiClean, which a TAThread clean-up calls, or with SIGCHLD ignored from
-///            the start, the system reaps all of them, so every command "passes".  GetEnd
-///            distinguishes these from a success.  A position outside the list is a bug of the
-///            caller: a message on standard error, then abort.
+///            the start, the system reaps all of them, so every command "passes".  A position
+///            outside the list is a bug of the caller: a message on standard error, then abort.
 /// Threads:   a list belongs to one thread at a time, except for Wake.
 class VOR_API TAProcessList {
  public:
   /// The states of a command, as GetStatus returns them.
   enum Status : int { Waiting = 0, Running = 1, Done = 2 };
 
-  /// The return code of a command that was killed for its time limit.
+  /// The return codes of commands with these kinds of end.
   static constexpr int TimedOut = 99;
-  /// The return code of a command that was cancelled.
   static constexpr int Cancelled = 98;
 
   /// Which of the waiting commands starts next.
@@ -60,7 +56,8 @@ class VOR_API TAProcessList {
 
   /// At most 10 commands run at once.
   TAProcessList();
-  /// At most \a maxRunning commands run at once; with 0 or less none ever starts.
+  /// At most \a maxRunning commands run at once; with 0 or less none ever starts, and the loop
+  /// above never ends.
   explicit TAProcessList(int maxRunning);
   TAProcessList(const TAProcessList&) = delete;
   TAProcessList& operator=(const TAProcessList&) = delete;
@@ -77,8 +74,8 @@ class VOR_API TAProcessList {
   /// limit.  Returns its position.  Unlike seconds, milliseconds are exact: they follow the steady
   /// clock (CLOCK_MONOTONIC), which nobody sets and which stands still while the system sleeps.
   ///
-  /// A command that cannot be started as the options say is done at the next Check, with the kind
-  /// of end NotStarted and the return code 1.
+  /// A command that cannot be started as the options say is done at the Check after the one that
+  /// tries, with the kind of end NotStarted and the return code 1.
   int Start(const VorString& command, const TAProcessOptions& options, int limitMs) noexcept;
   /// The same for a program and its arguments, which are passed as they are.
   int Start(const VorListValVorString& arguments, const TAProcessOptions& options,
@@ -98,38 +95,38 @@ class VOR_API TAProcessList {
   /// running.  Stopped processes are continued, so that they can act.
   void SetGrace(int milliseconds);
 
-  /// For all commands that start from now on; see TAProcess.
+  /// For all commands that start from now on, also those that wait already; see TAProcess.
   void SetContainment(TAContainment containment);
   void SetLeavesNobody(bool leavesNobody);
   const char* ContainmentInUse() const;
 
   /// Cancels one command, or all that are not done.  A waiting one never starts and is done; a
-  /// running one is killed, see SetGrace.  Their kind of end is Cancelled, unless they have ended
-  /// or reached their time limit before.  Cancelled commands have the return code Cancelled.  A
-  /// command whose grace time runs already is left alone, unless SetGrace(0) was called since: then
-  /// it is killed now.
+  /// running one is killed, see SetGrace.  One that has ended or reached its time limit keeps that
+  /// kind of end.  A command whose grace time runs already is left alone, unless SetGrace(0)
+  /// was called since: then it is killed now.  The next Check does not return 1 for what is done
+  /// after this call.
   void Cancel(int position) noexcept;
   void CancelAll() noexcept;
 
   /// One step: notices the commands that have ended, kills those that have reached their time
-  /// limit, each with its whole process tree (see TAProcess::KillTree), and starts waiting ones up
-  /// to the limit.  Returns 1 if a command changed its state, else 0.
+  /// limit (see SetGrace) as TAProcess::KillTree does, and starts waiting ones up to the limit.
+  /// Returns 1 if it changed the state of a command, else 0.
   ///
   /// Callers rely on the order: the command added last starts first, unless SetOrder was called.  A
-  /// command with a time limit in seconds is killed by the first Check after the second of the
-  /// clock in which it ends.  The cost grows with the commands that run, not with those that wait
-  /// or are done.  After a kill, Check, Cancel and CancelAll wait up to 0.1 seconds for the end, so
-  /// that GetEnd knows what the command has used; if it takes longer, a later Check adds that.
+  /// time limit in seconds takes effect at the first Check after the second of the clock in which
+  /// the limit ends.  The cost grows with the commands that run, not with those that wait or are
+  /// done.  After a kill, Check, Cancel and CancelAll wait up to 0.1 seconds for the end, so that
+  /// GetEnd includes what the command has used; if it takes longer, a later Check adds that.
   int Check() noexcept;
 
   /// Blocks until Check has something to do: a running command has ended or reached its time limit,
-  /// or a waiting one may start.  Returns 1 then, 0 after \a limitMs milliseconds; less than 0 for
-  /// no limit.  Also returns 0 when a signal with a handler arrives, at once after Wake, and at
-  /// once if nothing runs that could change anything.
+  /// or a waiting one may start.  Returns 1 then, 0 after \a limitMs milliseconds, without limit if
+  /// that is less than 0.  Also returns 0 when a signal with a handler arrives, at once after Wake,
+  /// and at once if no command runs and none may start.
   ///
   /// The wait itself costs no processor time as long as the running commands of all lists are at
   /// most a quarter of the soft limit of descriptors (RLIMIT_NOFILE), since each then has a
-  /// descriptor here.  The others are checked at intervals of 10 to 100 ms, which costs some
+  /// descriptor here.  Those beyond that are checked at intervals of 10 to 100 ms, which costs some
   /// processor time and notices their ends later; a higher limit avoids it.
   int WaitForChange(int limitMs) noexcept;
 
@@ -142,9 +139,8 @@ class VOR_API TAProcessList {
   int NDone() const;
   int Size() const;
 
-  /// The folded exit status (see TAProcess) of a command that is done, TimedOut if it was killed
-  /// for its time limit; 0 before.  A command may also exit with 99 by itself; GetEnd
-  /// distinguishes the two.
+  /// The folded status (see TAProcess) of a command that is done, or TimedOut or Cancelled, which
+  /// are also exit codes that a command may have; 0 before.
   int GetReturnCode(int position) const;
 
   /// Waiting, Running or Done; Done also if the command was killed or could not be started.

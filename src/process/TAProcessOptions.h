@@ -46,12 +46,12 @@ class VOR_API TAProcessOptions {
   TAProcessOptions& operator=(const TAProcessOptions& other);
   ~TAProcessOptions();
 
-  /// The working directory.  A relative name of the program, or directory in PATH, is looked for
-  /// from there; the files below are opened from the working directory of this process.
+  /// The working directory.  Relative paths of the program and in PATH start there; those of the
+  /// files below start at the working directory of this process.
   TAProcessOptions& SetDirectory(const VorString& directory);
 
   // The environment: that of this process at the time of the start, changed by these calls in their
-  // order.  The start reads it like getenv, so no other thread may change it at that moment.  The
+  // order.  The start reads it like getenv, so no other thread must change it at that moment.  The
   // program is searched in the PATH of the resulting environment, or in /bin:/usr/bin if that has
   // none.
 
