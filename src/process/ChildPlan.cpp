@@ -73,6 +73,12 @@ int Duplicate(int fd, int target) {
   return dup2(fd, target) < 0 ? errno : 0;
 }
 
+bool AreSameFile(int left, int right) {
+  struct stat one, other;
+  return fstat(left, &one) == 0 && fstat(right, &other) == 0 && one.st_dev == other.st_dev &&
+         one.st_ino == other.st_ino;
+}
+
 bool HasNul(std::string_view text) {
   return text.find('\0') != std::string_view::npos;
 }
@@ -182,12 +188,17 @@ ChildPlan::Failure ChildPlan::Redirect() const {
     if (error != 0) return {error, kOutput};
     isRedirected = true;
   }
-  if (files.errorOutput.empty() || files.errorOutput == files.output) {
-    error = isRedirected ? Duplicate(STDOUT_FILENO, STDERR_FILENO) : 0;
-  } else {
+  bool isApart = false;
+  if (!files.errorOutput.empty() && files.errorOutput != files.output) {
     error = OpenAs(STDERR_FILENO, files.errorOutput, flags);
+    if (error != 0 && files.filesRequired) return {error, kErrorOutput};
+    // Opened twice, a file would lose what the other stream overwrites.
+    isApart = error == 0 && !(isRedirected && AreSameFile(STDOUT_FILENO, STDERR_FILENO));
   }
-  if (error != 0 && files.filesRequired) return {error, kErrorOutput};
+  if (isRedirected && !isApart) {
+    error = Duplicate(STDOUT_FILENO, STDERR_FILENO);
+    if (error != 0) return {error, kErrorOutput};
+  }
   if (files.input.empty()) return {};
   error = OpenAs(STDIN_FILENO, files.input, O_RDONLY);
   return error != 0 && files.filesRequired ? Failure{error, kInput} : Failure();

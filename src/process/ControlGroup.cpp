@@ -5,12 +5,14 @@
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <mutex>
 #include <sstream>
 #include <string_view>
@@ -23,6 +25,8 @@
 
 namespace vor {
 namespace {
+
+constexpr std::string_view kPrefix = "/vor-";  // of the name of a group, before a UniqueNumber
 
 // Where this process may make groups.
 struct Place {
@@ -148,6 +152,25 @@ void RemoveLeftOver() {
   std::erase_if(leftOver.object, RemoveGroup);
 }
 
+const struct ExitSweep {
+  ~ExitSweep() {
+    const std::lock_guard guard(mutex);
+    RemoveLeftOver();
+  }
+} exitSweep;
+
+// Removes what processes have left in \a place that were killed; only groups without members.
+void RemoveDeserted(const Place& place) {
+  const std::size_t prefix = place.directory.size() + kPrefix.size();
+  for (const std::string& group : GroupsBelow(place.directory)) {
+    if (group.compare(place.directory.size(), kPrefix.size(), kPrefix) != 0) continue;
+    std::uint64_t number = 0;
+    std::from_chars(group.data() + prefix, group.data() + group.size(), number);
+    const pid_t owner = ProcessOf(number);
+    if (owner > 0 && kill(owner, 0) != 0 && errno == ESRCH) rmdir(group.c_str());
+  }
+}
+
 void AddMembers(const std::string& directory, std::unordered_set<int>& members) {
   std::string text;
   ReadFile(directory + "/cgroup.procs", text);
@@ -169,11 +192,14 @@ bool IsPopulatedIn(int events) {
 std::unique_ptr<ControlGroup> ControlGroup::Make() {
   const std::lock_guard guard(mutex);
   std::optional<Place>& place = placeFound.object;
-  if (!isSearched) place = SearchPlace();
+  if (!isSearched) {
+    place = SearchPlace();
+    if (place) RemoveDeserted(*place);
+  }
   isSearched = true;
   if (!place) return nullptr;
   RemoveLeftOver();
-  const std::string name = "/vor-" + std::to_string(UniqueNumber());
+  const std::string name = std::string(kPrefix) + std::to_string(UniqueNumber());
   const std::string directory = place->directory + name;
   if (mkdir(directory.c_str(), 0755) != 0) {
     isSearched = errno != ENOENT;  // this process has another group now

@@ -17,8 +17,9 @@ namespace vor {
 /// below it.
 ///
 /// It is removed with the object if it has no members then, otherwise when a later object of this
-/// process is made or destroyed.  A process that is killed leaves its groups behind, without
-/// members once these have ended.
+/// process is made or destroyed, or when this process exits.  What is left after that, or by a
+/// process that was killed, is removed by the next process that makes a group in the same place,
+/// once it has no members.
 class ControlGroup {
  public:
   /// Null if this process cannot make one, or not now.

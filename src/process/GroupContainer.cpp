@@ -17,6 +17,7 @@ Container::Entry GroupContainer::GetEntry() const {
 int GroupContainer::SignalAll(int signal) {
   if (!IsChild(Root().pid)) return SearchedContainer::SignalAll(signal);
   const ProcessTable members = FindLiving();
+  for (const ProcessRow& process : members) _left.insert(IdOf(process));
   SignalGroup(Root().pid, signal);
   if (signal == SIGTERM) SignalGroup(Root().pid, SIGCONT);
   const auto hasLeft = [&](const ProcessRow& process) { return process.group != Root().pid; };

@@ -30,7 +30,7 @@ class GroupContainer : public SearchedContainer {
   ProcessTable Find(const ProcessTable& table) override;
 
  private:
-  std::set<ProcessId> _left;  // the members when the command was reaped
+  std::set<ProcessId> _left;  // members at a signal, and when the command was reaped
 };
 
 }  // namespace vor

@@ -77,6 +77,10 @@ std::uint64_t UniqueNumber() {
   return (static_cast<std::uint64_t>(getpid()) << kCounterBits | count) & (kNested - 1);
 }
 
+pid_t ProcessOf(std::uint64_t number) {
+  return static_cast<pid_t>(number >> kCounterBits);
+}
+
 void ApplyMark(std::uint64_t number) {
   rlimit limit = {};
   if (getrlimit(RLIMIT_LOCKS, &limit) != 0) return;

@@ -35,6 +35,9 @@ namespace vor {
 /// A number that no other call returns, in this or another process.  Below 2^61.
 std::uint64_t UniqueNumber();
 
+/// The process that got a number from UniqueNumber.
+pid_t ProcessOf(std::uint64_t number);
+
 /// Applies the mark \a number to this process, as far as that is allowed.  Async-signal-safe.
 void ApplyMark(std::uint64_t number);
 

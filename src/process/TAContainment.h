@@ -9,7 +9,8 @@ enum class TAContainment {
   Tree,
 
   /// The command starts in a process group of its own, which is signalled as one.  Processes whose
-  /// parent has ended are found; those that have changed their group or session are missed.  A
+  /// parent has ended are found; those that have changed their group or session are missed,
+  /// and all of them once something else, such as an ignored SIGCHLD, has reaped the command.  A
   /// command in a group of its own does not get the signals of the terminal, for instance Ctrl-C,
   /// and is stopped if it reads from the terminal.
   Group,
@@ -25,8 +26,8 @@ enum class TAContainment {
   ///   VOR_CONTAINER_..., and a value of the limit RLIMIT_LOCKS, which has no effect otherwise.
   ///   Members are the marked processes and their descendants, found in the process table; all are
   ///   stopped before the first one is killed.  Missed: a process that has lost its parents and
-  ///   both marks, what another process starts on request, and perhaps a chain of processes each of
-  ///   which starts the next and ends at once.
+  ///   both marks, what another process starts on request, and usually a chain of orphans each of
+  ///   which starts the next and ends at once; nor are such orphans counted as left behind.
   ///
   /// Processes that this user must not signal survive both.
   Everything

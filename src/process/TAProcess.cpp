@@ -87,7 +87,7 @@ TAProcessEnd NotStartedFor(const vor::StartFailure& failure) {
 
 std::string MessageFor(const std::string& program, const vor::StartFailure& failure) {
   const std::string object = failure.object.empty() ? "" : failure.object + ": ";
-  return "Unable to start " + program + ": " + object +
+  return "Unable to start " + (program.empty() ? "a command" : program) + ": " + object +
          std::generic_category().message(failure.error);
 }
 
@@ -285,6 +285,7 @@ int TAProcess::Run(const VorListValVorString& arguments, const TAProcessOptions&
     end.kind = TAProcessEnd::TimedOut;
     end.code = 0;
     end.coreDumped = false;
+    _end = end;
   }
   output = VorString(pipe.Take());
   return result;
@@ -383,7 +384,11 @@ TAProcessEnd TAProcess::GetEnd() const {
 
 // Checks before each signal that an own child was not reaped by the system.
 bool TAProcess::MaySignal() {
-  if (HasChild() && _isOwn && !vor::IsChild(_pid)) NoteEnd(LostEnd());
+  if (HasChild() && _isOwn && !vor::IsChild(_pid)) {
+    const int left = KillLeft(WNOHANG);
+    NoteEnd(LostEnd());
+    _end.leftBehind = left;
+  }
   return HasChild();
 }
 

@@ -93,7 +93,7 @@ class VOR_API TAProcess {
   /// Runs a program until it ends, at most \a limitMs milliseconds (0 or less: no limit), and
   /// stores in \a output what it wrote to standard output and standard error, as far as the options
   /// name no files for these.  A program that reaches the limit is killed as by KillTree.  \a end
-  /// becomes how it ended; only there, not in GetEnd, the kind may be TimedOut.
+  /// becomes how it ended, which GetEnd returns, too.
   ///
   /// Returns
   /// - 0 if \a output is all that it wrote, however it ended;
@@ -206,7 +206,8 @@ class VOR_API TAProcess {
   /// - NotEnded until one of the calls below has noticed the end;
   /// - NotStarted after Start, or with a named pipe among its files, after Check or Wait;
   /// - Exited or Signalled after Check or Wait;
-  /// - Lost after Check, Wait or a kill.
+  /// - Lost after Check, Wait or a kill;
+  /// - TimedOut after Run.
   TAProcessEnd GetEnd() const;
 
   /// Why the last Start failed, or "no error".

@@ -151,6 +151,7 @@ const char* TAProcessList::ContainmentInUse() const {
 }
 
 void TAProcessList::Cancel(int position) noexcept {
+  const int before = NDone();
   const int status = GetStatus(position);
   if (status == Waiting) {
     CancelWaiting(position);
@@ -161,15 +162,18 @@ void TAProcessList::Cancel(int position) noexcept {
     CancelRunning(static_cast<std::size_t>(place - _running.begin()));
     AwaitKilled();
   }
+  if (NDone() != before) _cancelled = true;
 }
 
 void TAProcessList::CancelAll() noexcept {
+  const int before = NDone();
   for (const int position : _waiting) CancelWaiting(position);
   _waiting.clear();
   for (std::size_t index = 0; index < _running.size();) {
     if (!CancelRunning(index)) ++index;
   }
   AwaitKilled();
+  if (NDone() != before) _cancelled = true;
 }
 
 void TAProcessList::CancelWaiting(int position) {
@@ -192,7 +196,8 @@ bool TAProcessList::CancelRunning(std::size_t index) {
 
 int TAProcessList::Check() noexcept {
   ReapKilled();
-  bool changed = NoticeEnds();
+  bool changed = std::exchange(_cancelled, false);
+  if (NoticeEnds()) changed = true;
   if (StopOverdue()) changed = true;
   while (MayLaunch()) {
     LaunchNext();
@@ -340,6 +345,7 @@ int TAProcessList::WaitForChange(int limitMs) noexcept {
   const vor::UndisturbedScope scope;
   const auto end = Clock::now() + milliseconds(std::max(limitMs, 0));
   if (_wake->Take()) return 0;
+  if (_cancelled) return 1;
   for (milliseconds interval = kFirstInterval;;
        interval = std::min(2 * interval, kLongestInterval)) {
     if (MayLaunch()) return 1;

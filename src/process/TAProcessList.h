@@ -103,14 +103,13 @@ class VOR_API TAProcessList {
   /// Cancels one command, or all that are not done.  A waiting one never starts and is done; a
   /// running one is killed, see SetGrace.  One that has ended or reached its time limit keeps that
   /// kind of end.  A command whose grace time runs already is left alone, unless SetGrace(0)
-  /// was called since: then it is killed now.  The next Check does not return 1 for what is done
-  /// after this call.
+  /// was called since: then it is killed now.
   void Cancel(int position) noexcept;
   void CancelAll() noexcept;
 
   /// One step: notices the commands that have ended, kills those that have reached their time
   /// limit (see SetGrace) as TAProcess::KillTree does, and starts waiting ones up to the limit.
-  /// Returns 1 if it changed the state of a command, else 0.
+  /// Returns 1 if the state of a command has changed, also by a cancellation since, else 0.
   ///
   /// Callers rely on the order: the command added last starts first, unless SetOrder was called.  A
   /// time limit in seconds takes effect at the first Check after the second of the clock in which
@@ -181,6 +180,7 @@ class VOR_API TAProcessList {
   int _graceMs = 0;
   TAContainment _containment = TAContainment::Tree;
   bool _leavesNobody = false;
+  bool _cancelled = false;  // a command was, which Check has not reported yet
 };
 
 #endif  // VOR_PROCESS_TAPROCESSLIST_H

@@ -262,3 +262,17 @@ TEST(Containment, KillsAGroupWithoutItsLeader) {
   EXPECT_EQ(run.process.KillTree(), 0);
   EXPECT_FALSE(Lives(run.orphan));
 }
+
+TEST(Containment, KillsWhatACommandLeftThatWasReapedElsewhere) {
+  EXPECT_EQ(InProcess([] {
+              signal(SIGCHLD, SIG_IGN);
+              TAProcess process;
+              process.SetContainment(TAContainment::Everything);
+              process.SetLeavesNobody(true);
+              process.Start("sh -c \"sleep 1000 & exit 3\"", 0);
+              Eventually([&] { return kill(process.ChildPid(), 0) != 0; });
+              process.KillWithSig(0);
+              return process.GetEnd().leftBehind;
+            }),
+            1);
+}

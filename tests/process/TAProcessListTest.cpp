@@ -227,6 +227,8 @@ TEST(TAProcessList, StartsInOrderAndCancelsWhatHasNotEnded) {
     EXPECT_STREQ(list.GetEnd(position).Describe(), ends[position - 1]) << position;
     EXPECT_EQ(list.GetPid(position) > 0, position <= 2) << position;
   }
+  EXPECT_EQ(list.WaitForChange(-1), 1);
+  EXPECT_EQ(list.Check(), 1);
   EXPECT_EQ(list.Check(), 0);
 }
 
@@ -240,6 +242,7 @@ TEST(TAProcessList, GivesCommandsTimeToEnd) {
       {"trap 'echo; exit' TERM; echo; kill -STOP $$", kLong, 1},
       {"trap '' TERM; echo; sleep 1000", 50, 0},
       {"(trap '' TERM; echo; sleep 1000) & wait", 50, 0},  // its root ends
+      {"(trap '' TERM; echo; sh -c 'sleep 1000'; :) & sleep 1000", 50, 0},
       {"(trap 'sleep 0.1; echo; exit' TERM; echo; while :; do sleep 0.01; done) & wait", kLong, 1}};
   for (const auto containment :
        {TAContainment::Tree, TAContainment::Group, TAContainment::Everything}) {

@@ -69,6 +69,12 @@ TEST(TAProcessOptions, TheChildSeesEachSetting) {
       {Options().SetLimit(Options::Processes, 999), "ulimit -p", "999\n"},
       {Options().SetLimit(Options::OpenFiles, 1).SetLimit(Options::OpenFiles, -1), "echo", "\n"}};
   for (const auto& [options, script, output] : rows) EXPECT_EQ(OutputOf(script, options), output);
+  const VorString both(dir / "both"), sameFile(dir / "./both");
+  EXPECT_EQ(OutputOf("echo out; echo err >&2",
+                     Options().SetErrorOutput("/no/file").SetFilesRequired(false)),
+            "out\nerr\n");
+  OutputOf("echo out; echo err >&2", Options().SetOutput(both).SetErrorOutput(sameFile));
+  EXPECT_EQ(dir.Read("both"), "out\nerr\n");
   EXPECT_EQ(OutputOf({"printf", "<%s>", "a  b", "\"c", "", "*"}, Options()), "<a  b><\"c><><*>");
   Options copy = Options().SetNiceness(3);
   const Options original = copy;
@@ -157,7 +163,8 @@ TEST(TAProcessOptions, NamesWhatCannotBeApplied) {
     EXPECT_EQ(process.Start(arguments, options), 1) << reason;
     EXPECT_EQ(process.ChildPid(), 0) << reason;
     EXPECT_EQ(process.GetEnd().Describe(), "could not start: " + reason);
-    EXPECT_EQ(process.GetErrMsg(), "Unable to start " + program + ": " + reason);
+    EXPECT_EQ(process.GetErrMsg(),
+              "Unable to start " + (program.empty() ? "a command" : program) + ": " + reason);
   }
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was not reaped";
 
