@@ -14,7 +14,6 @@
 #include <atomic>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "base/VorListValVorString.h"
 #include "process/TAProcess.h"
@@ -101,20 +100,6 @@ TEST(TAProcessList, StartsTheLastCommandFirst) {
   RunAll(list);
   EXPECT_EQ(list.Check(), 0);
   EXPECT_EQ(list.WaitForChange(-1), 0);
-}
-
-TEST(TAProcessList, RunsFiveHundredCommands) {
-  TempDir dir;
-  TAProcessList list(10);
-  for (int number = 1; number <= 500; ++number) {
-    const std::string code = std::to_string(number % 200);
-    list.Start(VorString("sh -c \"echo; exit " + code + "\""), 60, VorString(dir / code));
-  }
-  RunAll(list);
-  for (int number = 1; number <= 500; ++number) {
-    EXPECT_EQ(list.GetReturnCode(number), number % 200);
-  }
-  EXPECT_EQ(dir.Read("199"), "\n");
 }
 
 TEST(TAProcessList, KillsTheTreeOfACommandThatTimesOut) {
@@ -352,25 +337,6 @@ TEST(TAProcessList, StartsOnlyOneCommandAtHighLoad) {
   list.Check();
   EXPECT_EQ(list.NRunning(), 2);
   list.CancelAll();
-}
-
-TEST(TAProcessList, SeveralThreadsHaveListsOfTheirOwn) {
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 8; ++thread) {
-    threads.emplace_back([thread] {
-      TAProcessList list(2);
-      list.SetLeavesNobody(thread % 2 != 0);
-      list.SetContainment(static_cast<TAContainment>(thread % 3));
-      const int stopped = list.Start("sleep 1000", TAProcessOptions(), 30);
-      for (int code = 2; code < 20; ++code) {
-        list.Start(Shell("exit " + VorString(std::to_string(code))), TAProcessOptions(), kLong);
-      }
-      RunAll(list);
-      EXPECT_EQ(list.GetReturnCode(stopped), 99);
-      for (int code = 2; code < 20; ++code) EXPECT_EQ(list.GetReturnCode(code), code);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(TAProcessList, WaitEndsIfACommandAsksToBeTraced) {

@@ -12,8 +12,6 @@
 #include <unistd.h>
 
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "base/VorListValVorString.h"
 #include "foundation/Tracing.h"
@@ -216,23 +214,6 @@ TEST(TAProcessOptions, LimitsEndTheCommand) {
   EXPECT_GT(end.peakMemoryKiB, 100);
 }
 
-TEST(TAProcessOptions, AStartThatFailsLeavesTheEarlierChildAlone) {
-  TAProcess process;
-  ASSERT_EQ(process.Start("sleep 100", Options()), 0);
-  int earlier = process.ChildPid();
-  EXPECT_EQ(process.Start(VorListValVorString(), Options()), 1);
-  EXPECT_EQ(process.KillWithSig(1), 0);
-  TAProcess watcher(earlier);
-  int status = 7;
-  EXPECT_EQ(watcher.Wait(status, 1), 1);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(watcher.KillWithSig(1), 0);
-  EXPECT_EQ(watcher.Wait(status, kLongMs), 0);
-  EXPECT_EQ(status, SIGKILL);
-  EXPECT_EQ(watcher.Wait(status, kLongMs), 0);
-  EXPECT_EQ(status, 0);
-}
-
 TEST(TAProcess, RunCollectsTheOutput) {
   const std::string zeros = "head -c 1000000 /dev/zero";
   const struct {
@@ -274,20 +255,6 @@ TEST(TAProcess, RunDoesNotWaitForWhatHoldsThePipe) {
       EXPECT_EQ(kill(atoi(output), SIGKILL), 0);
     }
   }
-}
-
-TEST(TAProcess, RunsInManyThreadsDoNotMixTheirOutput) {
-  std::vector<std::thread> threads;
-  for (int number = 0; number < 8; ++number) {
-    threads.emplace_back([number] {
-      const Options options = Options().SetVariable("N", toString(number)).SetDirectory("/");
-      for (int run = 0; run < 20; ++run) {
-        EXPECT_EQ(OutputOf("echo $N", options), std::to_string(number) + "\n");
-        EXPECT_EQ(TAProcess().Start("no-such-program", options), 1);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(TAProcess, RunWorksUnderSignalsAndWithFewDescriptors) {

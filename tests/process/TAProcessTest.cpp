@@ -7,7 +7,6 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -285,18 +284,6 @@ TEST(TAProcess, LeavesNothingStopped) {
     int status;
     head.Wait(status);
   }
-}
-
-TEST(TAProcess, DetachesAChildThatAsksToBeTraced) {
-  int pid = fork();
-  if (pid == 0) {
-    if (ptrace(PTRACE_TRACEME) == 0) raise(SIGSTOP);
-    _exit(3);
-  }
-  TAProcess child(pid);
-  int status;
-  child.Wait(status);
-  EXPECT_EQ(status, 3);
 }
 
 TEST(TAProcess, KillsEvenIfForkFails) {
