@@ -2,22 +2,33 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
 #include <sys/random.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <string_view>
 
 #include "base/PosixFile.h"
+#include "process/ProcessSignal.h"
 #include "process/ReserveDescriptors.h"
 
 namespace vor {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int kCounterBits = 39;  // the other 22 bits hold a process number
 constexpr std::uint64_t kOutermost = std::uint64_t{1} << 62;
 constexpr std::uint64_t kNested = std::uint64_t{1} << 61;  // a soft limit is below the hard one
+
+constexpr int kMostRounds = 10;
+constexpr std::chrono::milliseconds kNoSuspect(2);
+constexpr std::chrono::milliseconds kNoKill(30);
+constexpr std::chrono::milliseconds kLongestChase(500);
 
 constinit std::atomic<std::uint64_t> counter = 0;
 
@@ -44,6 +55,14 @@ bool ReadProcessFile(int pid, const char* name, std::string& text) {
     const FileDescriptor file = OpenFile(path.c_str(), O_RDONLY);
     return file.IsOpen() && ReadToEnd(file.Get(), text);
   });
+}
+
+// The number of the process that was started last on this system; 0 if it is not known.
+int NewestProcess() {
+  std::string text;
+  const FileDescriptor file = OpenFile("/proc/loadavg", O_RDONLY);
+  if (!file.IsOpen() || !ReadToEnd(file.Get(), text)) return 0;
+  return atoi(text.c_str() + text.rfind(' ') + 1);
 }
 
 bool HasLimit(std::string_view limits, std::uint64_t number) {
@@ -99,6 +118,50 @@ Container::Entry MarkedProcesses::GetEntry() const {
   entry.variable = _variable.c_str();
   entry.mark = _number;
   return entry;
+}
+
+int MarkedProcesses::SignalAll(int signal) {
+  if (signal != SIGKILL) return TreeContainer::SignalAll(signal);
+  int count = 0;
+  for (int round = 0; round < kMostRounds; ++round) {
+    const int newest = NewestProcess();
+    count += TreeContainer::SignalAll(signal);
+    if (NewestProcess() == newest) break;
+    const int further = KillNewest();
+    if (further == 0) break;
+    count += further;
+  }
+  return count;
+}
+
+// Ends when for some time no process was started that is marked, or has ended so soon that it may
+// have been.
+int MarkedProcesses::KillNewest() const {
+  const auto begin = Clock::now();
+  auto lastSuspect = begin;
+  auto lastKill = begin;
+  int newest = 0;
+  int count = 0;
+  for (auto now = begin; now - begin < kLongestChase; now = Clock::now()) {
+    const int pid = NewestProcess();
+    if (pid != newest) {
+      bool isStranger = false;
+      const auto isMarked = [&] {
+        std::string text;
+        if (!ReadProcessFile(pid, "limits", text)) return false;
+        isStranger = !HasLimit(text, _number);
+        return !isStranger;
+      };
+      if (SignalWanted(pid, SIGKILL, isMarked) == 0) {
+        lastKill = now;
+        ++count;
+      }
+      if (!isStranger) lastSuspect = now;
+    }
+    newest = pid;
+    if (now - lastSuspect > kNoSuspect || now - lastKill > kNoKill) break;
+  }
+  return count;
 }
 
 ProcessTable MarkedProcesses::Find(const ProcessTable& table) {

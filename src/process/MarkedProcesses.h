@@ -25,10 +25,15 @@
 // Processes that started before the command are not looked at, and those seen without a mark not
 // again: a process gets its marks when it is forked, or not at all.
 //
+// Orphans each of which starts the next and ends at once are gone before a reading of the table
+// comes to them.  So a kill, if processes were started while it read the table, goes on with the
+// newest process of the system: it looks at that one alone and kills it at once if it is marked,
+// again and again as long as there are such.  A killed process completes no fork.
+//
 // Members are the marked processes, and the descendants of all members, marked or not.  Missed are
 // processes that have lost both marks and their parents, those that another process starts on
-// request, and, for SIGKILL, those that this user must not signal.  Readings of the table may also
-// miss, again and again, a chain of processes each of which only starts the next and ends.
+// request, and, for SIGKILL, those that this user must not signal.  A chain as above may escape,
+// and many at once mostly do.
 
 namespace vor {
 
@@ -46,12 +51,15 @@ class MarkedProcesses : public TreeContainer {
  public:
   MarkedProcesses();
   Entry GetEntry() const override;
+  int SignalAll(int signal) override;
 
  protected:
   ProcessTable Find(const ProcessTable& table) override;
   bool IsMarked(const ProcessRow& process) override;
 
  private:
+  int KillNewest() const;
+
   const std::uint64_t _number;
   const std::string _variable;     // "NAME=value"
   std::set<ProcessId> _strangers;  // seen without a mark

@@ -54,4 +54,8 @@ int SignalProcess(const ProcessRow& process, int signal) {
                 [&] { return process.start == 0 || ReadStartTime(process.pid) == process.start; });
 }
 
+int SignalWanted(pid_t pid, int signal, const std::function<bool()>& isWanted) {
+  return Signal(pid, signal, 0, isWanted);
+}
+
 }  // namespace vor

@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <functional>
+
 #include "process/ProcessTable.h"
 
 namespace vor {
@@ -20,6 +22,10 @@ int SignalGroup(pid_t leader, int signal);
 /// kill() for a process of the process table: returns 0 or an errno, ESRCH if it has ended.  Never
 /// signals a later process with the same number.
 int SignalProcess(const ProcessRow& process, int signal);
+
+/// kill() for the process \a pid if \a isWanted says that it is the wanted one: returns 0 or an
+/// errno, ESRCH if it is not.
+int SignalWanted(pid_t pid, int signal, const std::function<bool()>& isWanted);
 
 }  // namespace vor
 

@@ -26,8 +26,8 @@ enum class TAContainment {
   ///   VOR_CONTAINER_..., and a value of the limit RLIMIT_LOCKS, which has no effect otherwise.
   ///   Members are the marked processes and their descendants, found in the process table; all are
   ///   stopped before the first one is killed.  Missed: a process that has lost its parents and
-  ///   both marks, what another process starts on request, and usually a chain of orphans each of
-  ///   which starts the next and ends at once; nor are such orphans counted as left behind.
+  ///   both marks, what another process starts on request, and sometimes, without being counted as
+  ///   left behind, a chain of orphans each of which starts the next and ends at once.
   ///
   /// Processes that this user must not signal survive both.
   Everything
