@@ -13,9 +13,9 @@
 
 #include "process/WakeEvent.h"
 
-// A wait must cost nothing while nothing happens, and it must leave the tool alone: no handler of
-// SIGCHLD, no thread, and no wait that reaps other children.  That leaves poll on process
-// descriptors.
+// A wait must cost next to nothing while nothing happens, and it must leave the tool alone: no
+// handler of SIGCHLD, no thread, and no wait that reaps other children.  That leaves poll on
+// process descriptors.
 //
 // Descriptors are scarce: the tool needs them for its files and its children's output.  So all
 // watches of the process together hold at most a quarter of the limit.  The children beyond that

@@ -22,7 +22,7 @@ FileDescriptor OpenProcess(pid_t pid);
 ///
 /// Holds a process descriptor for each child it watches, from the first wait on, as long as all
 /// objects of this class together hold at most a quarter of the soft limit of descriptors
-/// (RLIMIT_NOFILE).  Waiting for these costs nothing.  Further children, and all children if the
+/// (RLIMIT_NOFILE).  They are checked once a second.  Further children, and all children if the
 /// system has no process descriptors, are checked at intervals.
 class ChildWatch {
  public:

@@ -123,9 +123,9 @@ class VOR_API TAProcessList {
   /// that is less than 0.  Also returns 0 when a signal with a handler arrives, at once after Wake,
   /// and at once if no command runs and none may start.
   ///
-  /// The wait itself costs no processor time as long as the running commands of all lists are at
-  /// most a quarter of the soft limit of descriptors (RLIMIT_NOFILE), since each then has a
-  /// descriptor here.  Those beyond that are checked at intervals of 10 to 100 ms, which costs some
+  /// The wait wakes up once a second as long as the running commands of all lists are at most a
+  /// quarter of the soft limit of descriptors (RLIMIT_NOFILE), since each then has a descriptor
+  /// here.  Those beyond that are checked at intervals of 10 to 100 ms, which costs some
   /// processor time and notices their ends later; a higher limit avoids it.
   int WaitForChange(int limitMs) noexcept;
 
