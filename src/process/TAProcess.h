@@ -210,7 +210,7 @@ class VOR_API TAProcess {
   /// - TimedOut after Run.
   TAProcessEnd GetEnd() const;
 
-  /// Why the last Start failed, or "no error".
+  /// Why a Start failed, or "no error".  A later success of Start without options keeps the text.
   const VorString& GetErrMsg() const { return _errMsg; }
 
  private:
